@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "qm_ordering/foundation/ErrorInfo.h"
+#include "qm_ordering/foundation/ErrorsOrdering.h"
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering {
+
+// Number 0, no description.
+void ClearError(ErrorInfo& record);
+
+// The table's number for the code, with zvDescription, or with the table's text when that is empty. Raises 9
+// for a code outside the table; the record is then unchanged.
+void SetError(ErrorInfo& record, OrderingError lvCode, const std::string& zvDescription);
+
+// "NUMBER : DESCRIPTION", the description that a caught failure gives its record.
+std::string ErrorDetail(std::int32_t lvNumber, std::string_view zvDescription);
+
+// Called in a catch (...) block: the exception in flight as a Failure, remembered for LastFailure under the
+// name of the operation. An exception that is no Failure keeps its text (exhausted memory: number 7, others:
+// 5).
+Failure CatchFailure(const char* zvOperation) noexcept;
+
+}  // namespace qm_ordering

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "qm_ordering/foundation/LibraryObject.h"
+#include "qm_ordering/order/OrderItem.h"
+#include "qm_ordering/platform/value/Variant.h"
+
+namespace qm_ordering {
+
+// Order lines in the order in which they were added, each under a key that is unique without regard to letter
+// case. Members are references: changing an item taken from the collection changes it there. There is no
+// removal: who wants fewer members makes a new collection.
+class QM_ORDERING_API OrderItems : public LibraryObject {
+ public:
+  // Walks by position, so that members added during a walk are met at its end.
+  class QM_ORDERING_API Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = std::shared_ptr<OrderItem>;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const value_type*;
+    using reference = value_type;
+
+    Iterator() = default;
+    reference operator*() const { return m_oOwner->m_oMembers[m_lIndex]; }
+    Iterator& operator++() {
+      ++m_lIndex;
+      return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++m_lIndex;
+      return before;
+    }
+    bool operator==(std::default_sentinel_t) const { return m_lIndex >= m_oOwner->m_oMembers.size(); }
+
+   private:
+    friend class OrderItems;
+    explicit Iterator(const OrderItems* oOwner) : m_oOwner(oOwner) {}
+    const OrderItems* m_oOwner = nullptr;
+    std::size_t m_lIndex = 0;
+  };
+
+  // What NewEnum answers: an enumeration for a range-for, valid while its collection lives.
+  class QM_ORDERING_API Enumerator {
+   public:
+    Iterator begin() const { return m_oFirst; }
+    std::default_sentinel_t end() const { return {}; }
+
+   private:
+    friend class OrderItems;
+    explicit Enumerator(Iterator oFirst) : m_oFirst(oFirst) {}
+    Iterator m_oFirst;
+  };
+
+  const char* ClassName() const noexcept override { return "OrderItems"; }
+
+  // Appends the item under the key as given, which need not be the item's own number. Raises 457 when the key
+  // is there already and 91 for a null item; the collection is then unchanged.
+  void Add(const std::shared_ptr<OrderItem>& ovOrderItem, const std::string& zvItemNumber);
+
+  // The member with that key (a string) or at that position (a number, from 1; fractions round half to even).
+  // Null when there is none, and for every other kind of value.
+  std::shared_ptr<OrderItem> Item(const Variant& vvKey) const;
+
+  std::int32_t Count() const;
+
+  Enumerator NewEnum() const { return Enumerator(begin()); }
+  Iterator begin() const { return Iterator(this); }
+  std::default_sentinel_t end() const { return {}; }
+
+ private:
+  std::vector<std::shared_ptr<OrderItem>> m_oMembers;
+  std::unordered_map<std::string, std::size_t> m_oPositions;  // by folded key
+};
+
+}  // namespace qm_ordering

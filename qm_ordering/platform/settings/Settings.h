@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "qm_ordering/platform/Export.h"
+
+namespace qm_ordering {
+
+// The settings component that the library reads its configuration from. A host derives from these classes, or
+// takes the library's own component (FileSettings.h). A component reports a failure by throwing Failure;
+// anything else that it throws reaches the host as a Failure with the same text.
+
+// Reads the user's settings.
+class QM_ORDERING_API UserSettings {
+ public:
+  virtual ~UserSettings() = default;
+  // The value of a key of UserSettingConstants; empty when it is unset.
+  virtual std::string Get(const std::string& zvKey) = 0;
+};
+
+// Reads and writes the values that a new order starts with.
+class QM_ORDERING_API OrderDefaults {
+ public:
+  virtual ~OrderDefaults() = default;
+  // The value of a DEFAULT_ key; empty when it is unset.
+  virtual std::string Get(const std::string& zvKey) = 0;
+  virtual void Set(const std::string& zvKey, const std::string& zvValue) = 0;
+  // Called once after the last Set: what was set must be kept when it returns.
+  virtual void Save() {}
+};
+
+// The user as registered with the host product.
+struct RegistrationDetails {
+  std::string City, CompanyName, Address1, Address2, Fax, Telephone, TelephoneExt, Country, Email, FirstName,
+      LastName, State, StateOr, ZipOrPostCode, AccountNumber;
+};
+
+class QM_ORDERING_API SettingsComponent {
+ public:
+  virtual ~SettingsComponent() = default;
+  // Each is called when the library needs it; the library releases the object at the end of that routine.
+  virtual std::unique_ptr<UserSettings> CreateUserSettings() = 0;
+  virtual std::unique_ptr<OrderDefaults> CreateOrderDefaults() = 0;
+  virtual RegistrationDetails ReadRegistration() = 0;
+};
+
+// Chooses this thread's settings component; null chooses the library's own, which is also what a thread has
+// that never calls this. Raises failure 5 once an object of the library exists or has existed on the thread:
+// the store's location is read once for each thread and does not change under its objects.
+QM_ORDERING_API void InstallSettings(std::shared_ptr<SettingsComponent> oComponent);
+
+}  // namespace qm_ordering

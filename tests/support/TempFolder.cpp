@@ -1,0 +1,37 @@
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace test {
+
+TempFolder::TempFolder() {
+  std::string zTemplate = (std::filesystem::temp_directory_path() / "qm_ordering_test.XXXXXX").string();
+  if (mkdtemp(zTemplate.data()) == nullptr) {
+    throw std::runtime_error("no temporary folder");
+  }
+  m_zPath = zTemplate;
+}
+
+TempFolder::~TempFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(m_zPath, ignored);
+}
+
+std::string ReadFile(const std::string& zvPath) {
+  std::ifstream file(zvPath, std::ios::binary);
+  EXPECT_TRUE(file.good()) << zvPath;
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WriteFile(const std::string& zvPath, const std::string& zvContent) {
+  std::ofstream file(zvPath, std::ios::binary | std::ios::trunc);
+  file.write(zvContent.data(), static_cast<std::streamsize>(zvContent.size()));
+  ASSERT_TRUE(file.flush().good()) << zvPath;
+}
+
+}  // namespace test
