@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -16,7 +17,8 @@ struct VariantArray {
 
   // Raises 9 outside the bounds.
   const Variant& At(std::int32_t lvIndex) const;
-  std::int32_t UpperBound() const;  // LowerBound - 1 for an array without entries
+  // LowerBound - 1 for an array without entries. Raises 6 when that is no 32-bit integer.
+  std::int32_t UpperBound() const;
 
   std::int32_t LowerBound = 0;
   std::vector<Variant> Values;

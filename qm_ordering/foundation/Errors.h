@@ -21,8 +21,12 @@ void SetError(ErrorInfo& record, OrderingError lvCode, const std::string& zvDesc
 std::string ErrorDetail(std::int32_t lvNumber, std::string_view zvDescription);
 
 // Called in a catch (...) block: the exception in flight as a Failure, remembered for LastFailure under the
-// name of the operation. An exception that is no Failure keeps its text (exhausted memory: number 7, others:
-// 5).
+// name of the operation. An exception that is no Failure keeps its text under number 5; exhausted memory,
+// also while the failure is being made, is number 7.
 Failure CatchFailure(const char* zvOperation) noexcept;
+
+// Makes the failure this thread's LastFailure. zvOperation is a literal, as in CatchFailure: its address is
+// kept. A thread that is ending remembers nothing.
+void RememberFailure(const Failure& failure, const char* zvOperation) noexcept;
 
 }  // namespace qm_ordering

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "qm_ordering/platform/Export.h"
 
@@ -25,13 +25,14 @@ enum class OrderingError : std::int32_t {
 
 struct OrderingErrorEntry {
   std::int32_t Number = 0;
-  std::string Text;
+  std::string_view Text;
 };
 
 // Fills this thread's error table; part of the thread's start-up.
 void InitErrorTable();
 
-// The table's entry. Raises 9 for an index outside 0 to 10.
+// The table's entry. Raises 9 for an index outside 0 to 10, and for every index on a thread whose start-up
+// has not filled the table: it is filled once there is an object, and an object belongs to one thread.
 const OrderingErrorEntry& ErrorTableEntry(OrderingError lvCode);
 
 }  // namespace qm_ordering

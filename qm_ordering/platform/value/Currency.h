@@ -14,6 +14,8 @@ namespace qm_ordering {
 // through floating point.
 class QM_ORDERING_API Currency {
  public:
+  static constexpr int kDecimals = 4;
+
   constexpr Currency() = default;
 
   // The amount lvScaled / 10,000.

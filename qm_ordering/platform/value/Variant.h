@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -36,7 +37,10 @@ class QM_ORDERING_API Variant {
            !std::same_as<T, char8_t> && !std::same_as<T, char16_t> && !std::same_as<T, char32_t>)
       Variant(T lvValue)
       : m_vValue(ToInt32(lvValue)) {}
-  Variant(double dvValue) : m_vValue(dvValue) {}
+  // A template, so that nothing that merely converts to double (a character, an enumerator) gets in.
+  template <typename T>
+  requires(std::same_as<T, double> || std::same_as<T, float>) Variant(T dvValue)
+      : m_vValue(static_cast<double>(dvValue)) {}
   Variant(qm_ordering::Currency cvValue) : m_vValue(cvValue) {}
   Variant(qm_ordering::Date datvValue) : m_vValue(datvValue) {}
   Variant(std::string zvValue) : m_vValue(std::move(zvValue)) {}
@@ -47,6 +51,7 @@ class QM_ORDERING_API Variant {
   Variant(std::shared_ptr<T> ovValue) : m_vValue(std::shared_ptr<qm_ordering::Object>(std::move(ovValue))) {}
   template <typename T>
   Variant(T*) = delete;
+  Variant(std::nullptr_t) = delete;
 
   VariantKind Kind() const { return static_cast<VariantKind>(m_vValue.index()); }
   bool IsMissing() const { return Kind() == VariantKind::Missing; }
@@ -55,18 +60,22 @@ class QM_ORDERING_API Variant {
 
   // Conversions. Each raises 94 for null (ToObject: 13), 13 for missing, objects and texts that are not such
   // a value, 6 for a value out of range. Empty gives 0, False, the zero date, the empty string; a boolean
-  // counts as -1 or 0. Numbers are read from texts with a point, surrounding blanks allowed.
+  // counts as -1 or 0. Numbers are read from texts with a point and, if need be, an exponent ("1e2"),
+  // surrounding blanks allowed; the empty text is no number. Dates and numbers do not convert into each other
+  // (13).
 
   // Fractions round half to even.
   std::int32_t ToInteger() const;
   // True for any number but 0, and for the texts True and False in any letter case.
   bool ToBoolean() const;
   double ToDouble() const;
-  // Exact from integers, currency and texts; a double is taken to four decimals, half to even.
+  // Exact from integers, currency and texts; a double counts as the shortest decimal number that reads back
+  // as it. A fifth decimal rounds half to even.
   qm_ordering::Currency ToCurrency() const;
   // From dates, and from texts in the store's form.
   qm_ordering::Date ToDate() const;
-  // Numbers in plain form, booleans as True and False, dates as the general date text.
+  // Numbers in plain form (a double with as few digits as read back as it), booleans as True and False, dates
+  // as the general date text.
   std::string ToString() const;
   // The reference; null for empty. Raises 13 for every other kind.
   std::shared_ptr<qm_ordering::Object> ToObject() const;

@@ -25,11 +25,14 @@ class Document {
   void AppendChild(const Element& oElement);
 
   // Replaces the content by the one element that zvText holds. False, and an empty document, when the text is
-  // not one well-formed element (an XML declaration, comments and blanks around it are accepted and dropped).
+  // not one well-formed element, has a document type or has names beyond ASCII, as no document of ours does.
+  // An XML declaration, comments, processing instructions and blanks around the element or between its tags
+  // are accepted and dropped. Elements taken from this document before belong to what was replaced: they stay
+  // valid, and appending one to this document now copies it.
   bool LoadXML(std::string_view zvText);
 
-  // The first element, in document order, that matches the XPath; an empty element when there is none or the
-  // path cannot be read.
+  // The first node, in document order, that matches the XPath. An empty element when there is none, when it
+  // is no element, and when the path cannot be read.
   Element SelectSingleNode(const std::string& zvPath) const;
 
   // The document's text; empty for an empty document.
@@ -52,7 +55,8 @@ class Element {
 
   // Sets an attribute, at the end when it is new. zvName is a literal of ours. Raises kXmlCharacter when
   // zvValue holds what XML cannot: broken UTF-8, control characters other than tab, line feed and carriage
-  // return, surrogates, U+FFFE, U+FFFF. The message names element, attribute and position.
+  // return, surrogates, U+FFFE, U+FFFF; the element is then unchanged. The message names element, attribute
+  // and byte, counted from 1.
   void SetAttribute(std::string_view zvName, std::string_view zvValue);
 
   // The attribute's value; empty when it is not there.
@@ -61,7 +65,8 @@ class Element {
   std::string Name() const;
 
   // Appends oChild, with all below it, as the last child. An element of the same document is moved, one of
-  // another document is copied. Raises kObjectNotSet for an empty child.
+  // another document is copied. Raises kObjectNotSet for an empty child, kXmlFragment when this element is
+  // oChild or stands below it.
   void AppendChild(const Element& oChild);
 
   // The element's own text, with its children.

@@ -1,0 +1,64 @@
+#include "qm_ordering/order/OrderDocument.h"
+
+#include "qm_ordering/foundation/Formatting.h"
+#include "qm_ordering/foundation/Strings.h"
+#include "qm_ordering/order/OrderDetails.h"
+#include "qm_ordering/order/RequireObject.h"
+#include "qm_ordering/platform/clock/Clock.h"
+#include "qm_ordering/platform/text/NumberFormat.h"
+#include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/xml/Document.h"
+
+namespace qm_ordering {
+
+namespace {
+
+// Parses a fragment and moves its element into the parent: whatever else the fragment holds stays out.
+void Graft(xml::Element& parent, const std::string& zvFragment, const std::string& zvElement) {
+  const xml::Element element = SelectElement(zvFragment, zvElement);
+  if (!element) {
+    throw Failure(failure::kXmlFragment, "The fragment has no element \"" + zvElement + "\".");
+  }
+  parent.AppendChild(element);
+}
+
+std::string SubmitDateText(const OrderDetails& order, const std::string& zvToday) {
+  if (order.IsCurrentOrder()) {
+    return zvToday;
+  }
+  return order.SubmitDate().IsZero() ? std::string() : ShortDate(order.SubmitDate());
+}
+
+}  // namespace
+
+std::string OrderDocument(const OrderDetails& order) {
+  const auto oPayment = RequireObject(order.PaymentInformation(), "the payment information");
+  const auto oInformation = RequireObject(order.OrderInformation(), "the order information");
+  const auto oDelivery = RequireObject(order.DeliveryInformation(), "the delivery information");
+  const std::string zToday = ShortDate(clock::Current().Now());
+
+  xml::Document document;
+  xml::Element root = document.CreateElement("order");
+  root.SetAttribute("orderid", std::to_string(order.OrderID()));
+  root.SetAttribute("purchaseordernumber", order.PurchaseOrderNumber());
+  root.SetAttribute("totalprice", text::FormatAmount(order.TotalPrice()));
+  root.SetAttribute("submitdate", SubmitDateText(order, zToday));
+  root.SetAttribute("currentdate", zToday);
+  root.SetAttribute("paymentmethod", std::to_string(oPayment->Method()));
+  root.SetAttribute("deliverymethod", std::to_string(oDelivery->DeliveryMethod()));
+  root.SetAttribute("timestamp", XMLTimestamp());
+  document.AppendChild(root);
+
+  Graft(root, oPayment->GetXML(), "paymentinformation");
+  Graft(root, oInformation->GetXML(), "orderinformation");
+  Graft(root, oDelivery->GetXML(), "deliveryinformation");
+
+  xml::Element items = document.CreateElement("orderitems");
+  for (const auto& oItem : *order.OrderItems()) {
+    Graft(items, oItem->GetXML(), "orderitem");
+  }
+  root.AppendChild(items);
+  return document.XML();
+}
+
+}  // namespace qm_ordering

@@ -1,0 +1,92 @@
+#include "qm_ordering/platform/ado/Connection.h"
+
+#include "qm_ordering/platform/ado/ConnectionString.h"
+#include "qm_ordering/platform/ado/StatementTrace.h"
+#include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
+#include "qm_ordering/platform/file/Path.h"
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering::ado {
+
+std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString) {
+  const ConnectionString parts(zvConnectionString);
+  const std::string zDriver = parts.Value("Driver");
+  if (SameName(zDriver, "Microsoft Access Driver (*.mdb)")) {
+    return embedded::OpenSession(file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath"));
+  }
+  throw Failure(failure::kStoreUnavailable, "No provider serves the driver \"" + zDriver +
+                                                "\" of the connection string \"" + zvConnectionString +
+                                                "\".");
+}
+
+void Connection::Open(const std::string& zvConnectionString) {
+  if (IsOpen()) {
+    throw Failure(failure::kInvalidCall, "The connection is open already.");
+  }
+  m_oSession = OpenSession(zvConnectionString);
+}
+
+Session& Connection::OpenedSession() {
+  if (m_oSession == nullptr) {
+    throw Failure(failure::kClosedObject, "The connection is closed.");
+  }
+  return *m_oSession;
+}
+
+std::unique_ptr<Recordset> Connection::Execute(const std::string& zvSQL) {
+  Session& session = OpenedSession();
+  TraceStatement(zvSQL);
+  return Recordset::Live(session.Execute(zvSQL));
+}
+
+std::unique_ptr<Recordset> Connection::OpenDetached(const std::string& zvSQL) {
+  Session& session = OpenedSession();
+  TraceStatement(zvSQL);
+  return Recordset::Detached(session.Execute(zvSQL));
+}
+
+BatchRecordset Connection::OpenBatch(const std::string& zvSQL) {
+  Session& session = OpenedSession();
+  TraceStatement(zvSQL);
+  return {session, zvSQL};
+}
+
+void Connection::Refuse(const std::string& zvSQL, const std::string& zvWhy) {
+  TraceStatement(zvSQL);
+  throw Failure(failure::kStoreCommand, zvWhy);
+}
+
+void Connection::BeginTransaction(TransactionKind kind) {
+  OpenedSession().Begin(kind);
+}
+
+void Connection::CommitTransaction() {
+  OpenedSession().Commit();
+}
+
+void Connection::RollbackTransaction() noexcept {
+  if (m_oSession != nullptr) {
+    m_oSession->Rollback();
+  }
+}
+
+std::vector<std::string> Connection::CheckIntegrity(const std::string& zvSchemaScript) {
+  return OpenedSession().CheckIntegrity(zvSchemaScript);
+}
+
+Transaction::Transaction(Connection& oConnection, TransactionKind kind) : m_oConnection(oConnection) {
+  m_oConnection.BeginTransaction(kind);
+}
+
+Transaction::~Transaction() {
+  if (m_bOpen) {
+    m_oConnection.RollbackTransaction();
+  }
+}
+
+void Transaction::Commit() {
+  m_bOpen = false;
+  m_oConnection.CommitTransaction();
+}
+
+}  // namespace qm_ordering::ado

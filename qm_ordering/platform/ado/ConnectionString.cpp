@@ -1,0 +1,78 @@
+#include "qm_ordering/platform/ado/ConnectionString.h"
+
+#include <algorithm>
+
+#include "qm_ordering/platform/text/Unicode.h"
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering::ado {
+
+namespace {
+
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+[[noreturn]] void RaiseMalformed(std::string_view zvText, const char* zvWhy) {
+  throw Failure(failure::kStoreUnavailable,
+                "The connection string \"" + std::string(zvText) + "\" cannot be read: " + zvWhy +
+                    ". A folder in the setting OrderingDatabasePath must not hold a semicolon.");
+}
+
+}  // namespace
+
+bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept {
+  return std::ranges::equal(zvLeft, zvRight, {}, Lower, Lower);
+}
+
+ConnectionString::ConnectionString(std::string_view zvText) {
+  std::string_view zRest = zvText;
+  while (!zRest.empty()) {
+    const std::size_t lEquals = zRest.find('=');
+    const std::size_t lEnd = zRest.find(';');
+    if (lEquals == std::string_view::npos || lEnd < lEquals) {
+      RaiseMalformed(zvText, "a part has no \"=\"");
+    }
+    const std::string_view zKey = text::TrimSpaces(zRest.substr(0, lEquals));
+    if (zKey.empty()) {
+      RaiseMalformed(zvText, "a part has no name");
+    }
+    zRest.remove_prefix(lEquals + 1);
+    std::string zValue;
+    if (zRest.starts_with('{')) {
+      std::size_t i = 1;
+      for (;; ++i) {
+        if (i >= zRest.size()) {
+          RaiseMalformed(zvText, "a brace is not closed");
+        }
+        if (zRest[i] == '}') {
+          if (i + 1 < zRest.size() && zRest[i + 1] == '}') {
+            ++i;
+          } else {
+            break;
+          }
+        }
+        zValue += zRest[i];
+      }
+      zRest.remove_prefix(i + 1);
+      if (!zRest.empty() && zRest.front() != ';') {
+        RaiseMalformed(zvText, "text follows a closing brace");
+      }
+    } else {
+      zValue = zRest.substr(0, zRest.find(';'));
+      zRest.remove_prefix(zValue.size());
+    }
+    if (!zRest.empty()) {
+      zRest.remove_prefix(1);
+    }
+    m_oParts.emplace_back(zKey, std::move(zValue));
+  }
+}
+
+std::string ConnectionString::Value(std::string_view zvKey) const {
+  const auto found =
+      std::ranges::find_if(m_oParts, [&](const auto& oPart) { return SameName(oPart.first, zvKey); });
+  return found == m_oParts.end() ? std::string() : found->second;
+}
+
+}  // namespace qm_ordering::ado

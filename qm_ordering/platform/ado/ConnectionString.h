@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qm_ordering::ado {
+
+// The parts KEY=VALUE of a connection string, in its order. A value may stand in braces, with "}}" for a
+// brace in it. Raises failure::kStoreUnavailable for a text that has no such form.
+class ConnectionString {
+ public:
+  explicit ConnectionString(std::string_view zvText);
+
+  // The value of the first part with that key, in any letter case; empty when there is none.
+  std::string Value(std::string_view zvKey) const;
+
+ private:
+  std::vector<std::pair<std::string, std::string>> m_oParts;
+};
+
+// Whether two texts are the same but for the case of the letters A to Z: the rule for keys and column names.
+bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept;
+
+}  // namespace qm_ordering::ado

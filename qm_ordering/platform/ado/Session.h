@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qm_ordering/platform/value/Variant.h"
+
+namespace qm_ordering::ado {
+
+// What a provider of stores implements. All members raise Failure: kStoreCommand, kStoreNoTable,
+// kStoreRowChanged or kStoreUnavailable for what the store answers, kOverflow for a number out of range.
+
+// The rows of a running query, forward only. Its session ending closes it: each member then raises
+// kClosedObject.
+class Cursor {
+ public:
+  virtual ~Cursor() = default;
+  virtual const std::vector<std::string>& Columns() const = 0;
+  // Moves to the next row, at first to the first one; false behind the last.
+  virtual bool Next() = 0;
+  // A column's value in the current row, in the kind of the column: Null, Integer, Boolean, Currency, Date,
+  // String.
+  virtual Variant Value(std::size_t lvColumn) const = 0;
+};
+
+// Rows that were read to be changed and sent back together.
+struct Keyset {
+  struct Row {
+    std::int64_t Key = 0;
+    std::vector<Variant> Read;     // as the store had them
+    std::vector<Variant> Changed;  // as they are to be
+  };
+  std::string Table;
+  std::vector<std::string> Columns;
+  std::vector<Row> Rows;
+};
+
+enum class TransactionKind {
+  Read,   // every read sees the same state
+  Write,  // holds the store's write lock from the start, so that what is read stays true until the commit
+};
+
+class Session {
+ public:
+  // Ending a session rolls back its transaction and closes its cursors.
+  virtual ~Session() = default;
+
+  // Runs one statement. Null when it is not a query.
+  virtual std::unique_ptr<Cursor> Execute(const std::string& zvSQL) = 0;
+
+  // Reads the rows of a select on one table.
+  virtual Keyset ReadKeyset(const std::string& zvSQL) = 0;
+  // Writes the changed columns of the changed rows, all of them or, on a failure, none. Raises
+  // kStoreRowChanged when a row no longer is as it was read.
+  virtual void WriteKeyset(const Keyset& oKeyset) = 0;
+
+  virtual void Begin(TransactionKind kind) = 0;
+  // A commit that fails rolls back before it raises.
+  virtual void Commit() = 0;
+  virtual void Rollback() noexcept = 0;
+
+  // What is wrong with the store's file, and with its schema against the script; a finding each, none when it
+  // is whole.
+  virtual std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript) = 0;
+};
+
+// Opens a session on the store that the connection string names; its "Driver=" part picks the provider.
+std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString);
+
+}  // namespace qm_ordering::ado

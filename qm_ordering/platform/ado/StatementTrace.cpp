@@ -1,0 +1,55 @@
+#include "qm_ordering/platform/ado/StatementTrace.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering {
+
+namespace {
+
+thread_local std::function<void(const std::string&)> t_trace;
+
+bool TraceToStderr() {
+  static const bool bOn = [] {
+    const char* zValue = std::getenv("QM_ORDERING_TRACE");
+    return zValue != nullptr && std::string_view(zValue) == "1";
+  }();
+  return bOn;
+}
+
+}  // namespace
+
+void SetStatementTrace(std::function<void(const std::string& zvSQL)> trace) {
+  t_trace = std::move(trace);
+}
+
+void ado::TraceStatement(const std::string& zvSQL) {
+  if (TraceToStderr()) {
+    std::fprintf(stderr, "%s\n", zvSQL.c_str());
+  }
+  if (!t_trace) {
+    return;
+  }
+  // The trace may install another while it runs.
+  const auto trace = t_trace;
+  try {
+    trace(zvSQL);
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw Failure(failure::kInvalidCall,
+                  std::string("The statement trace stopped a statement: ") + error.what());
+  } catch (...) {
+    throw Failure(failure::kInvalidCall, "The statement trace stopped a statement.");
+  }
+}
+
+}  // namespace qm_ordering

@@ -1,0 +1,407 @@
+#include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "qm_ordering/platform/ado/embedded/PooledSession.h"
+#include "qm_ordering/platform/ado/embedded/StoreFile.h"
+#include "qm_ordering/platform/ado/embedded/Translator.h"
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering::ado::embedded {
+
+namespace {
+
+// Objects of the host may outlive the thread's pool: by then their sessions are just closed.
+thread_local bool t_bPoolEnded = false;
+
+class Pool {
+ public:
+  ~Pool() { t_bPoolEnded = true; }
+
+  // Null when the thread is ending.
+  static Pool* OfThread() {
+    if (t_bPoolEnded) {
+      return nullptr;
+    }
+    thread_local Pool pool;
+    return &pool;
+  }
+
+  std::unique_ptr<PooledSession> Take(const std::string& zvPath) {
+    for (std::size_t i = m_oIdle.size(); i > 0; --i) {
+      if (m_oIdle[i - 1]->Path() == zvPath) {
+        std::unique_ptr<PooledSession> session = std::move(m_oIdle[i - 1]);
+        m_oIdle.erase(m_oIdle.begin() + static_cast<std::ptrdiff_t>(i - 1));
+        if (session->IsUsable()) {
+          return session;
+        }
+      }
+    }
+    return nullptr;
+  }
+
+  void GiveBack(std::unique_ptr<PooledSession> session) noexcept {
+    session->Rest();
+    if (!session->IsUsable()) {
+      return;
+    }
+    try {
+      if (m_oIdle.size() == kIdleSessions) {
+        m_oIdle.erase(m_oIdle.begin());
+      }
+      m_oIdle.push_back(std::move(session));
+    } catch (...) {
+      // No memory to keep it in the pool: it closes.
+      session.reset();
+    }
+  }
+
+  void Clear() { m_oIdle.clear(); }
+
+ private:
+  static constexpr std::size_t kIdleSessions = 8;
+  std::vector<std::unique_ptr<PooledSession>> m_oIdle;
+};
+
+class EmbeddedCursor;
+
+// A session for as long as a connection uses it.
+class EmbeddedSession : public Session {
+ public:
+  explicit EmbeddedSession(std::unique_ptr<PooledSession> session) : m_oSession(std::move(session)) {}
+  ~EmbeddedSession() override;
+
+  std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
+  Keyset ReadKeyset(const std::string& zvSQL) override;
+  void WriteKeyset(const Keyset& oKeyset) override;
+  void Begin(TransactionKind kind) override;
+  void Commit() override;
+  void Rollback() noexcept override;
+  std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript) override;
+
+ private:
+  friend class EmbeddedCursor;
+
+  std::unique_ptr<Prepared> Start(const Translation& translation);
+  void WriteRow(const Keyset& oKeyset, const Keyset::Row& row);
+  void AddFindings(const std::string& zvQuery, std::vector<std::string>& findings);
+
+  std::unique_ptr<PooledSession> m_oSession;
+  std::vector<EmbeddedCursor*> m_oCursors;
+};
+
+Variant ReadColumn(const Prepared& statement, std::size_t lvColumn) {
+  sqlite3_stmt* pStatement = statement.Handle.get();
+  const int lColumn = static_cast<int>(lvColumn);
+  const int lType = sqlite3_column_type(pStatement, lColumn);
+  if (lType == SQLITE_NULL) {
+    return Variant::Null();
+  }
+  const std::optional<ColumnKind> kind = statement.Kinds[lvColumn];
+  const bool bText = lType == SQLITE_TEXT || lType == SQLITE_BLOB;
+  if (bText) {
+    if (kind && *kind != ColumnKind::Text && *kind != ColumnKind::Date) {
+      throw Failure(failure::kTypeMismatch,
+                    "The column " + statement.Columns[lvColumn] + " holds a text, not a number.");
+    }
+    const void* pBytes = sqlite3_column_blob(pStatement, lColumn);
+    const auto lSize = static_cast<std::size_t>(sqlite3_column_bytes(pStatement, lColumn));
+    const std::string_view zText =
+        pBytes == nullptr ? std::string_view() : std::string_view(static_cast<const char*>(pBytes), lSize);
+    if (kind != ColumnKind::Date) {
+      return zText;
+    }
+    const std::optional<Date> datValue = Date::ParseStoreText(zText);
+    if (!datValue) {
+      throw Failure(failure::kTypeMismatch, "The column " + statement.Columns[lvColumn] + " holds no date.");
+    }
+    return *datValue;
+  }
+  if (lType == SQLITE_FLOAT && !kind) {
+    return sqlite3_column_double(pStatement, lColumn);
+  }
+  if (lType == SQLITE_FLOAT || kind == ColumnKind::Text || kind == ColumnKind::Date) {
+    throw Failure(failure::kTypeMismatch,
+                  "The column " + statement.Columns[lvColumn] + " holds a number of the wrong kind.");
+  }
+  const std::int64_t lNumber = sqlite3_column_int64(pStatement, lColumn);
+  if (kind == ColumnKind::Boolean) {
+    return lNumber != 0;
+  }
+  if (kind == ColumnKind::Currency) {
+    return Currency::FromScaled(lNumber);
+  }
+  return lNumber;
+}
+
+class EmbeddedCursor : public Cursor {
+ public:
+  EmbeddedCursor(EmbeddedSession& owner, std::unique_ptr<Prepared> statement)
+      : m_oOwner(&owner), m_oStatement(std::move(statement)) {
+    m_oOwner->m_oCursors.push_back(this);
+  }
+  ~EmbeddedCursor() override {
+    if (m_oOwner != nullptr) {
+      std::erase(m_oOwner->m_oCursors, this);
+      End();
+    }
+  }
+
+  const std::vector<std::string>& Columns() const override {
+    RequireOpen();
+    return m_oStatement->Columns;
+  }
+
+  bool Next() override {
+    RequireOpen();
+    const int lResult = sqlite3_step(m_oStatement->Handle.get());
+    if (lResult == SQLITE_ROW) {
+      return true;
+    }
+    if (lResult != SQLITE_DONE) {
+      m_oOwner->m_oSession->RaiseAnswer(lResult);
+    }
+    // Ends the read at once: a reader that stands at the end would keep the log from being brought into the
+    // file.
+    sqlite3_reset(m_oStatement->Handle.get());
+    return false;
+  }
+
+  Variant Value(std::size_t lvColumn) const override {
+    RequireOpen();
+    return ReadColumn(*m_oStatement, lvColumn);
+  }
+
+  // Gives the statement back; the cursor is closed from here on.
+  void End() noexcept {
+    m_oOwner->m_oSession->Keep(std::move(m_oStatement));
+    m_oOwner = nullptr;
+  }
+
+ private:
+  void RequireOpen() const {
+    if (m_oOwner == nullptr) {
+      throw Failure(failure::kClosedObject,
+                    "The result set is closed: its connection was closed or used again.");
+    }
+  }
+
+  EmbeddedSession* m_oOwner;
+  std::unique_ptr<Prepared> m_oStatement;
+};
+
+EmbeddedSession::~EmbeddedSession() {
+  for (EmbeddedCursor* pCursor : m_oCursors) {
+    pCursor->End();
+  }
+  if (Pool* pool = Pool::OfThread()) {
+    pool->GiveBack(std::move(m_oSession));
+  }
+}
+
+// Binds the values; a statement that cannot take them goes back to those kept.
+void Bind(PooledSession& session, const Prepared& statement, const std::vector<Parameter>& parameters) {
+  int lPosition = 1;
+  for (const Parameter& parameter : parameters) {
+    int lResult = SQLITE_OK;
+    if (const auto* pNumber = std::get_if<std::int64_t>(&parameter)) {
+      lResult = sqlite3_bind_int64(statement.Handle.get(), lPosition, *pNumber);
+    } else {
+      const auto& zText = std::get<std::string>(parameter);
+      lResult = sqlite3_bind_text64(statement.Handle.get(), lPosition, zText.data(), zText.size(),
+                                    SQLITE_TRANSIENT, SQLITE_UTF8);
+    }
+    if (lResult != SQLITE_OK) {
+      session.RaiseAnswer(lResult);
+    }
+    ++lPosition;
+  }
+}
+
+std::unique_ptr<Prepared> EmbeddedSession::Start(const Translation& translation) {
+  std::unique_ptr<Prepared> statement = m_oSession->Prepare(translation);
+  Bind(*m_oSession, *statement, translation.Parameters);
+  return statement;
+}
+
+std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
+  std::unique_ptr<Prepared> statement = Start(Translate(zvSQL, m_oSession->Kinds()));
+  if (!statement->Columns.empty()) {
+    return std::make_unique<EmbeddedCursor>(*this, std::move(statement));
+  }
+  const int lResult = sqlite3_step(statement->Handle.get());
+  if (lResult != SQLITE_DONE) {
+    m_oSession->RaiseAnswer(lResult);
+  }
+  m_oSession->Keep(std::move(statement));
+  return nullptr;
+}
+
+Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
+  // The engine's own row number is the primary key of every table of the store.
+  const Translation translation = Translate(zvSQL, m_oSession->Kinds(), "rowid");
+  std::unique_ptr<Prepared> statement = Start(translation);
+  Keyset oKeyset;
+  oKeyset.Table = translation.Table;
+  oKeyset.Columns.assign(statement->Columns.begin() + 1, statement->Columns.end());
+  int lResult = 0;
+  while ((lResult = sqlite3_step(statement->Handle.get())) == SQLITE_ROW) {
+    Keyset::Row row;
+    row.Key = sqlite3_column_int64(statement->Handle.get(), 0);
+    for (std::size_t i = 0; i < oKeyset.Columns.size(); ++i) {
+      row.Read.push_back(ReadColumn(*statement, i + 1));
+    }
+    row.Changed = row.Read;
+    oKeyset.Rows.push_back(std::move(row));
+  }
+  if (lResult != SQLITE_DONE) {
+    m_oSession->RaiseAnswer(lResult);
+  }
+  m_oSession->Keep(std::move(statement));
+  return oKeyset;
+}
+
+Parameter ToParameter(const Variant& vvValue) {
+  switch (vvValue.Kind()) {
+    case VariantKind::Boolean:
+      return vvValue.ToBoolean() ? -1 : 0;
+    case VariantKind::Currency:
+      return vvValue.ToCurrency().Scaled();
+    case VariantKind::Date:
+      return vvValue.ToDate().ToStoreText();
+    case VariantKind::String:
+      return vvValue.ToString();
+    default:
+      return static_cast<std::int64_t>(vvValue.ToInteger());
+  }
+}
+
+void EmbeddedSession::WriteRow(const Keyset& oKeyset, const Keyset::Row& row) {
+  Translation translation;
+  std::vector<Parameter> conditions;
+  std::string zCondition;
+  for (std::size_t i = 0; i < oKeyset.Columns.size(); ++i) {
+    if (row.Read[i] != row.Changed[i]) {
+      translation.Text += (translation.Text.empty() ? " set " : ", ") + oKeyset.Columns[i] + " = ?";
+      translation.Parameters.push_back(ToParameter(row.Changed[i]));
+    }
+    if (row.Read[i].IsNull()) {
+      zCondition += " and " + oKeyset.Columns[i] + " is null";
+    } else {
+      zCondition += " and " + oKeyset.Columns[i] + " = ?";
+      conditions.push_back(ToParameter(row.Read[i]));
+    }
+  }
+  if (translation.Text.empty()) {
+    return;
+  }
+  translation.Text = "update " + oKeyset.Table + translation.Text + " where rowid = ?" + zCondition;
+  translation.Parameters.emplace_back(row.Key);
+  std::ranges::move(conditions, std::back_inserter(translation.Parameters));
+  std::unique_ptr<Prepared> statement = Start(translation);
+  const int lResult = sqlite3_step(statement->Handle.get());
+  if (lResult != SQLITE_DONE) {
+    m_oSession->RaiseAnswer(lResult);
+  }
+  m_oSession->Keep(std::move(statement));
+  if (sqlite3_changes64(m_oSession->Database()) != 1) {
+    throw Failure(failure::kStoreRowChanged,
+                  "A row of " + oKeyset.Table + " in the order store " + m_oSession->Path() +
+                      " was changed or removed by another program since it was read. "
+                      "Load the lines again and repeat the change.");
+  }
+}
+
+void EmbeddedSession::WriteKeyset(const Keyset& oKeyset) {
+  const bool bOwnTransaction = sqlite3_get_autocommit(m_oSession->Database()) != 0;
+  if (bOwnTransaction) {
+    Begin(TransactionKind::Write);
+  }
+  try {
+    for (const Keyset::Row& row : oKeyset.Rows) {
+      WriteRow(oKeyset, row);
+    }
+  } catch (...) {
+    if (bOwnTransaction) {
+      Rollback();
+    }
+    throw;
+  }
+  if (bOwnTransaction) {
+    Commit();
+  }
+}
+
+void EmbeddedSession::Begin(TransactionKind kind) {
+  m_oSession->Run(kind == TransactionKind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+}
+
+void EmbeddedSession::Commit() {
+  try {
+    m_oSession->Run("COMMIT");
+  } catch (...) {
+    Rollback();
+    throw;
+  }
+}
+
+void EmbeddedSession::Rollback() noexcept {
+  if (sqlite3_get_autocommit(m_oSession->Database()) == 0) {
+    sqlite3_exec(m_oSession->Database(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
+void EmbeddedSession::AddFindings(const std::string& zvQuery, std::vector<std::string>& findings) {
+  Translation translation;
+  translation.Text = zvQuery;
+  translation.VariableLength = true;
+  const std::unique_ptr<Prepared> statement = Start(translation);
+  int lResult = 0;
+  while ((lResult = sqlite3_step(statement->Handle.get())) == SQLITE_ROW) {
+    const auto* pText = reinterpret_cast<const char*>(sqlite3_column_text(statement->Handle.get(), 0));
+    findings.emplace_back(pText == nullptr ? "" : pText);
+  }
+  if (lResult != SQLITE_DONE) {
+    m_oSession->RaiseAnswer(lResult);
+  }
+}
+
+std::vector<std::string> EmbeddedSession::CheckIntegrity(const std::string& zvSchemaScript) {
+  std::vector<std::string> findings;
+  AddFindings(
+      "select 'the file: ' || integrity_check from pragma_integrity_check where integrity_check <> 'ok'",
+      findings);
+  AddFindings(
+      "select 'the table ' || \"table\" || ': row ' || rowid || ' belongs to no row of ' || parent from "
+      "pragma_foreign_key_check",
+      findings);
+  if (DescribeSchema(m_oSession->Database(), m_oSession->Path()) != DescribeSchemaOfScript(zvSchemaScript)) {
+    findings.emplace_back(
+        "the schema: its tables, indexes or stored queries are not those that the library makes");
+  }
+  return findings;
+}
+
+}  // namespace
+
+std::unique_ptr<Session> OpenSession(const std::string& zvPath) {
+  std::unique_ptr<PooledSession> session;
+  if (Pool* pool = Pool::OfThread()) {
+    session = pool->Take(zvPath);
+  }
+  if (session == nullptr) {
+    session = std::make_unique<PooledSession>(zvPath);
+  }
+  return std::make_unique<EmbeddedSession>(std::move(session));
+}
+
+void CloseIdleSessions() {
+  if (Pool* pool = Pool::OfThread()) {
+    pool->Clear();
+  }
+}
+
+}  // namespace qm_ordering::ado::embedded

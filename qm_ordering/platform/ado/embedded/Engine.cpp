@@ -1,0 +1,125 @@
+#include "qm_ordering/platform/ado/embedded/Engine.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "qm_ordering/platform/text/Unicode.h"
+
+namespace qm_ordering::ado::embedded {
+
+namespace {
+
+int CompareTexts(void*, int lvLeft, const void* pLeft, int lvRight, const void* pRight) {
+  const std::string_view zLeft(static_cast<const char*>(pLeft), static_cast<std::size_t>(lvLeft));
+  const std::string_view zRight(static_cast<const char*>(pRight), static_cast<std::size_t>(lvRight));
+  return text::CompareFolded(zLeft, zRight);
+}
+
+std::string Advice(int lvPrimary) {
+  switch (lvPrimary) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return "another program holds the store; end what it does and try again";
+    case SQLITE_FULL:
+      return "the disk is full; free some space and try again";
+    case SQLITE_READONLY:
+      return "the file or its folder is read-only for this user; grant write permission on both";
+    case SQLITE_CANTOPEN:
+      return "the file, or a file beside it, cannot be opened; check the permissions of the folder";
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+      return "permission denied";
+    case SQLITE_IOERR:
+      return "reading or writing failed; check the disk";
+    case SQLITE_CORRUPT:
+      return "the file is damaged or truncated; restore a backup";
+    case SQLITE_NOTADB:
+      return "the file is not an order store";
+    case SQLITE_NOMEM:
+      return "out of memory";
+    default:
+      return "see the engine's message";
+  }
+}
+
+}  // namespace
+
+Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath) {
+  const int lPrimary = lvResult & 0xff;
+  const std::string zMessage = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(lvResult);
+  switch (lPrimary) {
+    case SQLITE_ERROR:
+      if (zMessage == "integer overflow") {
+        return {failure::kOverflow, "Overflow: a sum is beyond the range of money."};
+      }
+      if (zMessage.starts_with("no such table")) {
+        return {failure::kStoreNoTable, "The order store " + zvPath + ": " + zMessage + "."};
+      }
+      [[fallthrough]];
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+    case SQLITE_TOOBIG:
+    case SQLITE_RANGE:
+      return {failure::kStoreCommand,
+              "The order store " + zvPath + " refused a statement: " + zMessage + "."};
+    default: {
+      std::string zText =
+          "The order store " + zvPath + " cannot be used: " + Advice(lPrimary) + " (" + zMessage;
+      const int lSystem = db != nullptr ? sqlite3_system_errno(db) : 0;
+      if (lSystem != 0 && (lPrimary == SQLITE_IOERR || lPrimary == SQLITE_CANTOPEN)) {
+        zText.append(": ").append(std::strerror(lSystem));
+      }
+      return {failure::kStoreUnavailable, zText + ")."};
+    }
+  }
+}
+
+bool IsFatal(int lvResult) {
+  switch (lvResult & 0xff) {
+    case SQLITE_IOERR:
+    case SQLITE_FULL:
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_CANTOPEN:
+    case SQLITE_PROTOCOL:
+    case SQLITE_NOMEM:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void RunScript(sqlite3* db, const std::string& zvScript, const std::string& zvPath) {
+  const int lResult = sqlite3_exec(db, zvScript.c_str(), nullptr, nullptr, nullptr);
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(db, lResult, zvPath);
+  }
+}
+
+void AddTextCollation(sqlite3* db, const std::string& zvPath) {
+  const int lResult =
+      sqlite3_create_collation_v2(db, kTextCollation, SQLITE_UTF8, nullptr, CompareTexts, nullptr);
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(db, lResult, zvPath);
+  }
+}
+
+std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath) {
+  sqlite3_stmt* pStatement = nullptr;
+  const int lPrepared = sqlite3_prepare_v2(db, zvQuery.c_str(), -1, &pStatement, nullptr);
+  const StatementHandle statement(pStatement);
+  if (lPrepared != SQLITE_OK) {
+    throw EngineFailure(db, lPrepared, zvPath);
+  }
+  const int lResult = sqlite3_step(statement.get());
+  if (lResult == SQLITE_DONE) {
+    return {};
+  }
+  if (lResult != SQLITE_ROW) {
+    throw EngineFailure(db, lResult, zvPath);
+  }
+  const unsigned char* pText = sqlite3_column_text(statement.get(), 0);
+  return pText == nullptr ? std::string() : reinterpret_cast<const char*>(pText);
+}
+
+}  // namespace qm_ordering::ado::embedded

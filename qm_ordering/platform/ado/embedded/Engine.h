@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "qm_ordering/platform/value/Failure.h"
+
+namespace qm_ordering::ado::embedded {
+
+struct CloseDatabase {
+  void operator()(sqlite3* db) const noexcept { sqlite3_close_v2(db); }
+};
+using DatabaseHandle = std::unique_ptr<sqlite3, CloseDatabase>;
+
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+};
+using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
+// The failure for what the engine answered last on this database, about the file zvPath.
+Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath);
+
+// Whether the answer makes the session unfit for further use: input and output, full disk, damage.
+bool IsFatal(int lvResult);
+
+// Runs texts of our own that hold no values. Raises EngineFailure.
+void RunScript(sqlite3* db, const std::string& zvScript, const std::string& zvPath);
+
+// The comparison of text columns, under the name that the schema uses for it.
+inline constexpr const char* kTextCollation = "LETTERS";
+void AddTextCollation(sqlite3* db, const std::string& zvPath);
+
+// Reads one text from the first column of the first row; empty when there is none.
+std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath);
+
+}  // namespace qm_ordering::ado::embedded

@@ -1,0 +1,274 @@
+#include "qm_ordering/platform/ado/embedded/PooledSession.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <utility>
+
+#include "qm_ordering/platform/ado/ConnectionString.h"
+#include "qm_ordering/platform/ado/embedded/StoreFile.h"
+#include "qm_ordering/platform/text/Unicode.h"
+
+namespace qm_ordering::ado::embedded {
+
+namespace {
+
+constexpr int kBusyTimeoutMilliseconds = 5000;
+constexpr std::size_t kStatementsKept = 64;
+// A log of a mebibyte is brought into the file when a session is given back.
+constexpr int kCheckpointPages = 256;
+
+// The engine keeps its file locks in memory of the process. A fork inherits that memory but not the locks, so
+// a session that it opened then would believe in locks that nobody holds.
+std::atomic<pid_t> g_lProcess{0};
+std::atomic<int> g_lOpenSessions{0};
+
+void RequireOwnProcess(const std::string& zvPath) {
+  const pid_t lProcess = getpid();
+  if (g_lProcess.load() != lProcess) {
+    if (g_lOpenSessions.load() > 0) {
+      throw Failure(failure::kStoreUnavailable,
+                    "The order store " + zvPath +
+                        " cannot be opened in a process that was forked while the store was open. Start a "
+                        "program of its own (exec) for this work.");
+    }
+    g_lProcess.store(lProcess);
+  }
+}
+
+}  // namespace
+
+std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
+  std::size_t lHash = 1469598103934665603U;
+  for (const char c : zvName) {
+    const char cLower = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+    lHash = (lHash ^ static_cast<unsigned char>(cLower)) * 1099511628211U;
+  }
+  return lHash;
+}
+
+bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept {
+  return SameName(zvLeft, zvRight);
+}
+
+PooledSession::PooledSession(const std::string& zvPath)
+    : m_zPath(zvPath), m_lProcess(getpid()), m_lCheckpointAt(kCheckpointPages) {
+  RequireOwnProcess(zvPath);
+  RequireOrdinaryFile(zvPath);
+  struct stat status {};
+  if (stat(zvPath.c_str(), &status) == 0) {
+    m_lDevice = status.st_dev;
+    m_lInode = status.st_ino;
+  }
+  sqlite3* pDatabase = nullptr;
+  const int lResult =
+      sqlite3_open_v2(zvPath.c_str(), &pDatabase,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  m_oDatabase.reset(pDatabase);
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(pDatabase, lResult, zvPath);
+  }
+  RequireOrderStore(pDatabase, zvPath);
+  Configure();
+  LoadColumnKinds();
+  RebuildTextIndexesIfFoldingChanged();
+  m_oKinds = [this](std::string_view zvColumn) -> std::optional<ColumnKind> {
+    const auto found = m_oColumnKinds.find(zvColumn);
+    return found == m_oColumnKinds.end() ? std::nullopt : std::optional(found->second);
+  };
+  ++g_lOpenSessions;
+}
+
+PooledSession::~PooledSession() {
+  if (m_lProcess != getpid()) {
+    // The engine's handles belong to the process that this one was forked from: they are left alone.
+    for (const auto& statement : m_oStatements) {
+      static_cast<void>(statement->Handle.release());
+    }
+    static_cast<void>(m_oDatabase.release());
+    return;
+  }
+  m_oStatementsByText.clear();
+  m_oStatements.clear();
+  if (m_oKinds) {
+    --g_lOpenSessions;
+  }
+}
+
+void PooledSession::Configure() {
+  sqlite3* db = m_oDatabase.get();
+  sqlite3_busy_timeout(db, kBusyTimeoutMilliseconds);
+  sqlite3_db_config(db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  AddTextCollation(db, m_zPath);
+  RunScript(db,
+            "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; pragma "
+            "cell_size_check = "
+            "on; pragma temp_store = memory;",
+            m_zPath);
+  const std::string zJournal = IsOnNetwork(m_zPath) ? "delete" : "wal";
+  if (sqlite3_db_readonly(db, "main") == 0 && ReadText(db, "pragma journal_mode", m_zPath) != zJournal) {
+    RunScript(db, "pragma journal_mode = " + zJournal, m_zPath);
+  }
+  sqlite3_wal_hook(db, AfterCommit, this);
+}
+
+void PooledSession::LoadColumnKinds() {
+  const std::string zQuery =
+      "select p.name, p.type from sqlite_schema m join pragma_table_info(m.name) p where m.type = 'table'";
+  sqlite3_stmt* pStatement = nullptr;
+  const int lPrepared = sqlite3_prepare_v2(Database(), zQuery.c_str(), -1, &pStatement, nullptr);
+  const StatementHandle statement(pStatement);
+  if (lPrepared != SQLITE_OK) {
+    throw EngineFailure(Database(), lPrepared, m_zPath);
+  }
+  int lResult = 0;
+  while ((lResult = sqlite3_step(pStatement)) == SQLITE_ROW) {
+    const auto* zName = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 0));
+    const auto* zType = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 1));
+    if (zName == nullptr || zType == nullptr) {
+      throw Failure(failure::kOutOfMemory, "Out of memory.");
+    }
+    if (const auto kind = KindOfDeclaredType(zType)) {
+      m_oColumnKinds.emplace(zName, *kind);
+    }
+  }
+  if (lResult != SQLITE_DONE) {
+    throw EngineFailure(Database(), lResult, m_zPath);
+  }
+}
+
+void PooledSession::RebuildTextIndexesIfFoldingChanged() {
+  const std::string zQuery = "select zValue from sysFormat where zName = 'folding'";
+  const std::string zVersion = text::FoldingVersion();
+  if (ReadText(Database(), zQuery, m_zPath) == zVersion) {
+    return;
+  }
+  RunScript(Database(), "begin immediate", m_zPath);
+  try {
+    RunScript(Database(),
+              "reindex; update sysFormat set zValue = '" + zVersion + "' where zName = 'folding'; commit",
+              m_zPath);
+  } catch (...) {
+    sqlite3_exec(Database(), "rollback", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+bool PooledSession::IsUsable() const {
+  if (m_bBroken || m_lProcess != getpid()) {
+    return false;
+  }
+  struct stat status {};
+  return stat(m_zPath.c_str(), &status) == 0 && status.st_dev == m_lDevice && status.st_ino == m_lInode;
+}
+
+std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation) {
+  const auto kept = m_oStatementsByText.find(translation.Text);
+  if (kept != m_oStatementsByText.end()) {
+    std::unique_ptr<Prepared> statement = std::move(*kept->second);
+    m_oStatements.erase(kept->second);
+    m_oStatementsByText.erase(kept);
+    return statement;
+  }
+  auto statement = std::make_unique<Prepared>();
+  sqlite3_stmt* pStatement = nullptr;
+  const int lResult =
+      sqlite3_prepare_v3(Database(), translation.Text.data(), static_cast<int>(translation.Text.size()),
+                         translation.VariableLength ? 0 : SQLITE_PREPARE_PERSISTENT, &pStatement, nullptr);
+  statement->Handle.reset(pStatement);
+  if (lResult != SQLITE_OK) {
+    RaiseAnswer(lResult);
+  }
+  if (!translation.VariableLength) {
+    statement->Text = translation.Text;
+  }
+  const int lColumns = sqlite3_column_count(pStatement);
+  for (int i = 0; i < lColumns; ++i) {
+    const char* zName = sqlite3_column_name(pStatement, i);
+    const char* zType = sqlite3_column_decltype(pStatement, i);
+    const auto lIndex = static_cast<std::size_t>(i);
+    statement->Columns.emplace_back(zName == nullptr ? "" : zName);
+    if (zType != nullptr) {
+      statement->Kinds.push_back(KindOfDeclaredType(zType));
+    } else if (translation.ResultKinds.size() == static_cast<std::size_t>(lColumns)) {
+      statement->Kinds.push_back(translation.ResultKinds[lIndex]);
+    } else {
+      statement->Kinds.push_back(std::nullopt);
+    }
+  }
+  return statement;
+}
+
+void PooledSession::Keep(std::unique_ptr<Prepared> statement) noexcept {
+  sqlite3_reset(statement->Handle.get());
+  sqlite3_clear_bindings(statement->Handle.get());
+  if (statement->Text.empty() || m_bBroken) {
+    return;
+  }
+  try {
+    m_oStatements.push_front(std::move(statement));
+    const bool bNew = m_oStatementsByText.emplace(m_oStatements.front()->Text, m_oStatements.begin()).second;
+    if (!bNew) {
+      // The same text ran twice at a time; one of them is enough to keep.
+      m_oStatements.pop_front();
+    } else if (m_oStatements.size() > kStatementsKept) {
+      m_oStatementsByText.erase(m_oStatements.back()->Text);
+      m_oStatements.pop_back();
+    }
+  } catch (...) {
+    // Not enough memory to keep it: the cache starts anew.
+    m_oStatementsByText.clear();
+    m_oStatements.clear();
+  }
+}
+
+void PooledSession::Run(const char* zvText) {
+  Translation translation;
+  translation.Text = zvText;
+  auto statement = Prepare(translation);
+  const int lResult = sqlite3_step(statement->Handle.get());
+  if (lResult != SQLITE_DONE) {
+    const Failure failure = EngineFailure(Database(), lResult, m_zPath);
+    m_bBroken = m_bBroken || IsFatal(lResult);
+    Keep(std::move(statement));
+    throw failure;
+  }
+  Keep(std::move(statement));
+}
+
+void PooledSession::RaiseAnswer(int lvResult) {
+  m_bBroken = m_bBroken || IsFatal(lvResult);
+  throw EngineFailure(Database(), lvResult, m_zPath);
+}
+
+int PooledSession::AfterCommit(void* pSession, sqlite3*, const char*, int lvPages) {
+  static_cast<PooledSession*>(pSession)->m_lLogPages = lvPages;
+  return SQLITE_OK;
+}
+
+void PooledSession::Rest() noexcept {
+  if (m_bBroken) {
+    return;
+  }
+  if (sqlite3_get_autocommit(Database()) == 0 &&
+      sqlite3_exec(Database(), "rollback", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    m_bBroken = true;
+    return;
+  }
+  if (m_lLogPages < m_lCheckpointAt) {
+    return;
+  }
+  int lPages = 0;
+  int lDone = 0;
+  const int lResult =
+      sqlite3_wal_checkpoint_v2(Database(), nullptr, SQLITE_CHECKPOINT_PASSIVE, &lPages, &lDone);
+  m_bBroken = IsFatal(lResult);
+  // While others read, a part may stay in the log: no use in trying again before it has grown by as much.
+  m_lCheckpointAt =
+      lResult == SQLITE_OK && lDone >= lPages ? kCheckpointPages : m_lLogPages + kCheckpointPages;
+  m_lLogPages = 0;
+}
+
+}  // namespace qm_ordering::ado::embedded

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <sqlite3.h>
+#include <sys/types.h>
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "qm_ordering/platform/ado/embedded/Engine.h"
+#include "qm_ordering/platform/ado/embedded/Translator.h"
+
+namespace qm_ordering::ado::embedded {
+
+// A prepared statement with what is known of its results.
+struct Prepared {
+  std::string Text;  // the key under which it is kept; empty for one that is not kept
+  StatementHandle Handle;
+  std::vector<std::string> Columns;
+  std::vector<std::optional<ColumnKind>> Kinds;
+};
+
+// One open session of the engine on a store file, with the statements that it keeps prepared. It is used by
+// one connection at a time and rests in the thread's pool between them.
+class PooledSession {
+ public:
+  // Raises kStoreUnavailable, naming file, cause and remedy.
+  explicit PooledSession(const std::string& zvPath);
+  ~PooledSession();
+  PooledSession(const PooledSession&) = delete;
+  PooledSession& operator=(const PooledSession&) = delete;
+
+  const std::string& Path() const { return m_zPath; }
+  sqlite3* Database() const { return m_oDatabase.get(); }
+  const ColumnKinds& Kinds() const { return m_oKinds; }
+
+  // False when the session must not be used again: it saw a fatal answer, its file is no longer the one at
+  // the path, or this process is a fork of the one that opened it.
+  bool IsUsable() const;
+
+  // A statement ready to be bound, from those kept or new.
+  std::unique_ptr<Prepared> Prepare(const Translation& translation);
+  // Takes a statement back.
+  void Keep(std::unique_ptr<Prepared> statement) noexcept;
+
+  // Runs a text of our own without values or rows: BEGIN, COMMIT, ROLLBACK.
+  void Run(const char* zvText);
+
+  // Raises the failure for an answer of the engine, and remembers a fatal one.
+  [[noreturn]] void RaiseAnswer(int lvResult);
+  // Brings the log into the file when it has grown; called when nothing runs.
+  void Rest() noexcept;
+
+ private:
+  struct HashName {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view zvName) const noexcept;
+  };
+  struct EqualName {
+    using is_transparent = void;
+    bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
+  };
+  using StatementList = std::list<std::unique_ptr<Prepared>>;
+
+  static int AfterCommit(void* pSession, sqlite3*, const char*, int lvPages);
+  void Configure();
+  void LoadColumnKinds();
+  void RebuildTextIndexesIfFoldingChanged();
+
+  std::string m_zPath;
+  pid_t m_lProcess;
+  dev_t m_lDevice = 0;
+  ino_t m_lInode = 0;
+  DatabaseHandle m_oDatabase;
+  bool m_bBroken = false;
+  int m_lLogPages = 0;
+  int m_lCheckpointAt;
+  std::unordered_map<std::string, ColumnKind, HashName, EqualName> m_oColumnKinds;
+  ColumnKinds m_oKinds;
+  StatementList m_oStatements;  // the most recently used first
+  std::unordered_map<std::string_view, StatementList::iterator> m_oStatementsByText;
+};
+
+}  // namespace qm_ordering::ado::embedded

@@ -1,0 +1,184 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qm_ordering/foundation/ErrorInfo.h"
+#include "qm_ordering/foundation/ErrorsOrdering.h"
+#include "qm_ordering/order/OrderItems.h"
+#include "qm_ordering/platform/ado/Connection.h"
+#include "qm_ordering/platform/ado/Recordset.h"
+#include "qm_ordering/platform/settings/Settings.h"
+#include "qm_ordering/platform/value/Currency.h"
+#include "qm_ordering/store/OrderHeader.h"
+
+namespace qm_ordering {
+
+// The statements on the order store, each operation one or a few of them. Every operation opens the
+// connection when it needs one and closes it at its end; the three that hand back a live result set leave it
+// open until the next operation on this object, or the object's end, closes it and the set with it.
+//
+// A guarded operation never raises: a failure goes into the error record (errUnexpected with the detail,
+// unless the operation names another code) and the result is empty. An unguarded one raises the store's
+// failure. Each clears the record first.
+//
+// Texts go into a statement escaped (quotes doubled) or, where an operation says raw, as they are: a raw text
+// that holds a quote fails the statement with kStoreCommand before it reaches the store, so that no text can
+// change what a statement does.
+class Database {
+ public:
+  // Holds the store's write lock from its start to its end, so that what an operation reads in it stays true
+  // until another has written. Rolled back unless committed. It keeps the connection open.
+  class WriteUnit {
+   public:
+    explicit WriteUnit(Database& database);
+    ~WriteUnit();
+    WriteUnit(const WriteUnit&) = delete;
+    WriteUnit& operator=(const WriteUnit&) = delete;
+    void Commit();
+
+   private:
+    Database& m_oDatabase;
+    std::optional<ado::Transaction> m_oTransaction;
+  };
+
+  Database() = default;
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  ErrorInfo Error() const { return m_oError; }
+
+  // Unguarded. The header of an order, or of the current one: detached, empty when there is none.
+  std::unique_ptr<ado::Recordset> OrderDetails_GetSummary(std::int32_t lvOrderID, bool bvIsLoadCurrent);
+
+  // Unguarded. The lines of an order, or of the current one: live. lvSortType 0 to 6, else 9 before the store
+  // is touched.
+  std::unique_ptr<ado::Recordset> OrderDetails_GetItems(std::int32_t lvOrderID, std::int32_t lvSortType,
+                                                        bool bvIsLoadCurrent);
+
+  // Guarded. Writes the values into every line of every order: the statement names none. lvOrderID and
+  // zvItemNumber are taken and not used. zvUsuallyShips is raw.
+  void OrderItem_Save(std::int32_t lvOrderID, const std::string& zvItemNumber, std::int32_t lvQuantity,
+                      const std::string& zvDescription, const std::string& zvManufacturer,
+                      const std::string& zvModel, std::int32_t lvSellQuantity, std::int32_t lvShipQuantity,
+                      const std::string& zvUsuallyShips, bool bvIsTaxable, Currency cvPrice,
+                      Currency cvExtendedPrice, bool bvIsPriceModified,
+                      const std::string& zvCustomerPartNumber, const std::string& zvCustomerNotes);
+
+  // Guarded. Writes the header, then keeps its values as the defaults of the next order. When only the latter
+  // fails the record says that the order is saved.
+  void OrderDetails_SaveSummary(const OrderHeader& oHeader);
+
+  // Guarded.
+  void SavePONumber(std::int32_t lvOrderID, const std::string& zvPurchaseOrderNumber);
+
+  // Guarded. Stores a new line, then the order's total. errOrderNotLoaded when the store refuses the line
+  // with kStoreCommand (it is there already, or the order is not). When only the total fails, the line stays.
+  // zvUsuallyShips is raw.
+  void OrderDetails_AddItem(std::int32_t lvOrderID, const std::string& zvItemNumber, std::int32_t lvQuantity,
+                            const std::string& zvDescription, const std::string& zvShortDescription,
+                            const std::string& zvManufacturer, const std::string& zvModel,
+                            std::int32_t lvSellQuantity, std::int32_t lvShipQuantity,
+                            const std::string& zvUsuallyShips, bool bvIsTaxable, Currency cvPrice,
+                            Currency cvExtendedPrice, bool bvIsPriceModified,
+                            const std::string& zvCustomerPartNumber, const std::string& zvCustomerNotes,
+                            bool bvHasNotes, bool bvHasPartsInfo);
+
+  // Unguarded. Stores the sum of the lines' extended prices as the order's total, in one unit. Raises 6 when
+  // it is beyond the range of money; the total is then unchanged.
+  void Order_UpdateTotalPrice(std::int32_t lvOrderID);
+
+  // Unguarded. Sets, despite its name, the quantity of a line; the caller passes the new total. zvItemNumber
+  // is raw.
+  void OrderDetails_IncrementQuantity(std::int32_t lvOrderID, const std::string& zvItemNumber,
+                                      std::int32_t lvIncrement, Currency cvPrice, Currency cvExtendedPrice);
+
+  // Unguarded. On a connection of its own.
+  bool OrderDetails_ItemExists(std::int32_t lvOrderID, const std::string& zvItemNumber);
+
+  // Unguarded. The stored quantity of a line; nothing when there is no such line.
+  std::optional<std::int32_t> OrderDetails_GetQuantity(std::int32_t lvOrderID,
+                                                       const std::string& zvItemNumber);
+
+  // Unguarded. Removes all lines, then sets the total to 0: two statements of their own.
+  void OrderDetails_ClearItems(std::int32_t lvOrderID);
+
+  // Unguarded. Changes the lines with that item number in every order, submitted ones included. zvItemNumber
+  // is raw.
+  void OrderDetails_UpdateItem(const std::string& zvItemNumber, std::int32_t lvQuantity, Currency cvPrice,
+                               Currency cvExtendedPrice, bool bvIsUserPrice, bool bvIsTaxable);
+
+  // Unguarded. Removes the stored lines of the items with quantity 0 and writes quantity, prices and flags of
+  // the others into theirs, all of these or none. Lines that are not stored are passed over; the total is
+  // left to the caller. Item numbers are raw.
+  void OrderDetails_UpdateItems(std::int32_t lvOrderID, const OrderItems& ovOrderItems);
+
+  // Unguarded. Removes a line, then stores the total. zvItemNumber is raw.
+  void OrderItem_RemoveItem(std::int32_t lvOrderID, const std::string& zvItemNumber);
+
+  // Guarded. Marks the current order as submitted now, then creates the next one. errNotCurrentOrder, and
+  // nothing changed, for any other order. When only the creation fails the order is submitted and there is no
+  // current one.
+  void OrderDetails_SaveToHistory(std::int32_t lvOrderID);
+
+  // Unguarded. Adds a current order filled from the order defaults; does nothing when another program has
+  // just done so.
+  void CreateCurrentOrder();
+
+  // Guarded. Writes contact and account values into every order, submitted ones included: the order default
+  // where it is not empty, else the registered value.
+  void ApplyDefaultsToCurrentOrder(const std::string& zvCity, const std::string& zvCompanyName,
+                                   const std::string& zvAddress1, const std::string& zvAddress2,
+                                   const std::string& zvFax, const std::string& zvTelephone,
+                                   const std::string& zvTelephoneExt, const std::string& zvCountry,
+                                   const std::string& zvEmail, const std::string& zvFirstName,
+                                   const std::string& zvLastName, const std::string& zvState,
+                                   const std::string& zvStateOr, const std::string& zvZipOrPostCode,
+                                   const std::string& zvAccountNumber, const std::string& zvNotUsed);
+
+  // Unguarded. The stored total; 0 when there is no such order.
+  Currency Order_GetTotalPrice(std::int32_t lvOrderID);
+
+  // Guarded. The number of stored lines.
+  std::int32_t OrderDetails_ItemCount(std::int32_t lvOrderID);
+
+  // Unguarded, all or none. Writes part number and notes of the lines with these item numbers (raw). Raises 9
+  // when the arrays differ in length.
+  void UpdateCustPartInfo(const std::vector<std::string>& zvItemNumbers,
+                          const std::vector<std::string>& zvCustomerPartNumbers,
+                          const std::vector<std::string>& zvCustomerNotes, std::int32_t lvOrderID);
+
+  // Unguarded, all or none. Blanks part number and notes of the order's lines that carry one of these part
+  // numbers.
+  void deleteCustPartInfo(const std::vector<std::string>& zvCustomerPartNumbers, std::int32_t lvOrderID);
+
+ private:
+  class Frame;
+
+  ado::Connection& Connection();
+  void CloseConnection() noexcept;
+
+  // Runs a statement that holds these raw texts.
+  void ExecuteRaw(const std::string& zvSQL, const std::vector<std::string_view>& zvRawTexts);
+  void RefuseQuotes(const std::string& zvSQL, const std::vector<std::string_view>& zvRawTexts);
+
+  template <typename Result, typename Body>
+  Result Guarded(const char* zvOperation, std::optional<OrderingError> lvOnStoreCommand, Body body);
+
+  bool CurrentOrderExists();
+  void SaveDefaults(const OrderHeader& oHeader);
+  void WriteChangedLines(const std::string& zvSQL, const std::vector<std::string_view>& zvItemNumbers,
+                         const OrderItems& ovOrderItems);
+
+  ErrorInfo m_oError;
+  ado::Connection m_oConnection;
+  int m_lFrames =
+      0;  // operations and units under way, one inside the other; the outermost closes the connection
+};
+
+}  // namespace qm_ordering

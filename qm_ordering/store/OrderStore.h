@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "qm_ordering/platform/Export.h"
+
+namespace qm_ordering {
+
+// Makes a new, empty order store: the file Orders.mdb in zvFolder, with the folders that are missing,
+// readable by its user alone. It appears whole or not at all, and never replaces a file. Raises 75 when the
+// file exists or cannot be made, 76 when zvFolder is empty; the message names file and cause.
+QM_ORDERING_API void CreateOrderStore(const std::string& zvFolder);
+
+// The full path of this thread's store, as the setting "OrderingDatabasePath" gives it; the file need not
+// exist. Runs the thread's start-up. Raises 76 when the setting is empty.
+QM_ORDERING_API std::string OrderStorePath();
+
+// Examines this thread's store and changes nothing: the file by the engine's own check, the schema, at most
+// one current order, and each order's total against the sum of its lines. Answers a finding each, in words,
+// empty when all is well. Reads one state of the store, so other programs may go on working. Runs the
+// thread's start-up. Raises what opening and reading the store raises (-2147467259 for a store that is
+// missing, locked or unreadable).
+QM_ORDERING_API std::vector<std::string> CheckOrderStore();
+
+}  // namespace qm_ordering

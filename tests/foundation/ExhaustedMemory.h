@@ -1,0 +1,14 @@
+#pragma once
+
+namespace test {
+
+// For the length of a scope every allocation by operator new fails on this thread.
+class ExhaustedMemory {
+ public:
+  ExhaustedMemory();
+  ~ExhaustedMemory();
+  ExhaustedMemory(const ExhaustedMemory&) = delete;
+  ExhaustedMemory& operator=(const ExhaustedMemory&) = delete;
+};
+
+}  // namespace test
