@@ -52,7 +52,7 @@ int FoldedOrder(const std::string& zvLeft, const std::string& zvRight) {
 // Texts of pieces that meet in every way: letters with and without a fold, folds of another length, parts of
 // characters, bytes that are never text.
 std::string RandomText(std::mt19937& random) {
-  static const std::array<std::string, 26> kPieces = {"a",
+  static const std::array<std::string, 27> kPieces = {"a",
                                                       "A",
                                                       "z",
                                                       "Z",
@@ -74,6 +74,7 @@ std::string RandomText(std::mt19937& random) {
                                                       "\xC3",
                                                       "\xA9",
                                                       "\xE2\x82",
+                                                      "\xE2\x84",
                                                       "\xAC",
                                                       "\x80",
                                                       "\xF0\x90\x90",

@@ -13,37 +13,38 @@ namespace {
 using qm_ordering::xml::Document;
 using qm_ordering::xml::Element;
 
-int lAllocationsLeft = 0;
+int lAllocationsToFailure = 0;
 
-void* AllocateWhileAnyIsLeft(std::size_t lSize) {
-  return lAllocationsLeft-- > 0 ? std::malloc(lSize) : nullptr;
+void* FailOnce(std::size_t lSize) {
+  return lAllocationsToFailure-- == 0 ? nullptr : std::malloc(lSize);
 }
 
-// While it lives the XML parser gets no more than that many allocations.
-class AllocationLimit {
+// While it lives one allocation of the XML parser fails: the one after that many others.
+class FailingAllocation {
  public:
-  explicit AllocationLimit(int lvLimit) : m_allocate(pugi::get_memory_allocation_function()) {
-    lAllocationsLeft = lvLimit;
-    pugi::set_memory_management_functions(AllocateWhileAnyIsLeft, pugi::get_memory_deallocation_function());
+  explicit FailingAllocation(int lvAfter) : m_allocate(pugi::get_memory_allocation_function()) {
+    lAllocationsToFailure = lvAfter;
+    pugi::set_memory_management_functions(FailOnce, pugi::get_memory_deallocation_function());
   }
-  ~AllocationLimit() {
+  ~FailingAllocation() {
     pugi::set_memory_management_functions(m_allocate, pugi::get_memory_deallocation_function());
   }
-  AllocationLimit(const AllocationLimit&) = delete;
-  AllocationLimit& operator=(const AllocationLimit&) = delete;
+  FailingAllocation(const FailingAllocation&) = delete;
+  FailingAllocation& operator=(const FailingAllocation&) = delete;
 
  private:
   pugi::allocation_function m_allocate;
 };
 
-// Runs the operation with ever more allocations until it succeeds; each run before must raise std::bad_alloc.
-// Answers how many did.
+// Runs the operation with a failure of its first, second, ... allocation until none of its own fails any more
+// and it succeeds; each run before must raise std::bad_alloc. Answers how many did.
 int FailuresUntilSuccess(const std::function<void()>& operation) {
-  for (int lLimit = 0;; ++lLimit) {
-    const AllocationLimit limit(lLimit);
+  for (int lAfter = 0;; ++lAfter) {
+    const FailingAllocation failing(lAfter);
     try {
       operation();
-      return lLimit;
+      EXPECT_GE(lAllocationsToFailure, 0) << "the failure of allocation " << lAfter << " was passed over";
+      return lAfter;
     } catch (const std::bad_alloc&) {
     }
   }
@@ -56,14 +57,14 @@ const std::string& Long() {
 }
 
 TEST(XmlAllocation, FailureToCreateAnElementIsRaised) {
-  EXPECT_GT(FailuresUntilSuccess([] { EXPECT_EQ(Document().CreateElement("a").XML(), "<a/>"); }), 0);
+  EXPECT_EQ(FailuresUntilSuccess([] { EXPECT_EQ(Document().CreateElement("a").XML(), "<a/>"); }), 1);
+  EXPECT_EQ(FailuresUntilSuccess([] { EXPECT_TRUE(Document().CreateElement(Long()).Name() == Long()); }), 2);
 }
 
 TEST(XmlAllocation, FailureToSetAnAttributeLeavesTheElementAsItWas) {
   Document document;
   Element element = document.CreateElement("a");
   element.SetAttribute("old", "1");
-  const std::string zLongName(50000, 'n');
   const auto SetOrCheck = [&](const std::string& zvName) {
     const std::string zBefore = element.XML();
     try {
@@ -76,7 +77,7 @@ TEST(XmlAllocation, FailureToSetAnAttributeLeavesTheElementAsItWas) {
   };
   EXPECT_EQ(FailuresUntilSuccess([&] { SetOrCheck("old"); }), 1);
   EXPECT_EQ(FailuresUntilSuccess([&] { SetOrCheck("new"); }), 1);
-  EXPECT_EQ(FailuresUntilSuccess([&] { SetOrCheck(zLongName); }), 2);
+  EXPECT_EQ(FailuresUntilSuccess([&] { SetOrCheck(Long()); }), 2);
 }
 
 TEST(XmlAllocation, FailureToReadATextLeavesTheDocumentAsItWas) {
@@ -96,7 +97,7 @@ TEST(XmlAllocation, FailureToReadATextLeavesTheDocumentAsItWas) {
 
 TEST(XmlAllocation, FailureToCopyAnElementLeavesTheTargetAsItWas) {
   Document source;
-  const std::string zText = "<a b=\"" + Long() + "\"><c d=\"" + Long() + "\"/>" + Long() + "</a>";
+  const std::string zText = "<a b=\"" + Long() + "\" " + Long() + "=\"\"><" + Long() + "/>" + Long() + "</a>";
   ASSERT_TRUE(source.LoadXML(zText));
   const Element a = source.SelectSingleNode("a");
   Document target;
@@ -109,7 +110,7 @@ TEST(XmlAllocation, FailureToCopyAnElementLeavesTheTargetAsItWas) {
       throw;
     }
   });
-  EXPECT_GE(lFailures, 3);
+  EXPECT_GE(lFailures, 4);
   EXPECT_TRUE(parent.XML() == "<parent>" + zText + "</parent>");
 }
 

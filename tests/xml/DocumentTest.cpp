@@ -177,7 +177,7 @@ TEST(Document, IsEmptyAfterATextThatItCannotRead) {
       {"reference without digits", "<a b='&#;'/>"},
       {"reference without hexadecimal digits", "<a b='&#x;'/>"},
       {"reference with a capital x", "<a b='&#X41;'/>"},
-      {"reference with a wrong digit", "<a b='&#4A;'/>"},
+      {"reference with a wrong digit", "<a b='&#65A;'/>"},
       {"reference with a sign", "<a b='&#-65;'/>"},
       {"reference to zero", "<a b='&#0;'/>"},
       {"reference to zero in text", "<a>x&#0;y</a>"},
@@ -239,6 +239,10 @@ TEST(Document, ReadsReferencesInBothForms) {
 TEST(Document, ReadsRawLineEndsAndTabsOfAnAttributeAsBlanks) {
   EXPECT_EQ(Loaded("<a b='1\t2\n3\r4\r\n5&#9;6&#10;7&#13;8'/>").SelectSingleNode("a").Attribute("b"),
             "1 2 3 4 5\t6\n7\r8");
+}
+
+TEST(Document, ReadsEveryLineEndBetweenTagsAsALineFeed) {
+  EXPECT_EQ(Loaded("<a>1\r\n2\r3\n4</a>").XML(), "<a>1\n2\n3\n4</a>");
 }
 
 TEST(Document, ReadsAndWritesDeeplyNestedElements) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering::file {
@@ -21,7 +22,8 @@ std::string AbsolutePath(std::string_view zvName) {
   if (error) {
     throw Failure(failure::kPathNotFound, "The file name \"" + std::string(zvName) +
                                               "\" is relative, and the current folder cannot be found (" +
-                                              error.message() + "). Give the name with its full path.");
+                                              SystemErrorText(error.value()) +
+                                              "). Give the name with its full path.");
   }
   return (current / zvName).string();
 }

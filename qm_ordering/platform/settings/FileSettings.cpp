@@ -12,10 +12,10 @@
 #include <cstdlib>
 #include <optional>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "qm_ordering/platform/file/Path.h"
+#include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/settings/SettingsText.h"
 #include "qm_ordering/platform/value/Failure.h"
 
@@ -31,10 +31,6 @@ constexpr mode_t kFolderMode = 0700;
 
 constexpr int kLockAttempts = 1000;
 constexpr useconds_t kLockPause = 5'000;  // microseconds; five seconds in all
-
-std::string SystemText(int lvError) {
-  return std::generic_category().message(lvError);
-}
 
 [[noreturn]] void RaiseFileAccess(const char* zvWhat, const std::string& zvFile, const std::string& zvCause) {
   throw Failure(failure::kFileAccess,
@@ -69,11 +65,11 @@ std::string ReadWhole(const std::string& zvFile) {
     if (errno == ENOENT) {
       return {};
     }
-    RaiseFileAccess("read", zvFile, SystemText(errno));
+    RaiseFileAccess("read", zvFile, file::SystemErrorText(errno));
   }
   struct stat status {};
   if (fstat(file.Number(), &status) != 0) {
-    RaiseFileAccess("read", zvFile, SystemText(errno));
+    RaiseFileAccess("read", zvFile, file::SystemErrorText(errno));
   }
   if (!S_ISREG(status.st_mode)) {
     RaiseFileAccess("read", zvFile,
@@ -88,7 +84,7 @@ std::string ReadWhole(const std::string& zvFile) {
       continue;
     }
     if (lRead < 0) {
-      RaiseFileAccess("read", zvFile, SystemText(errno));
+      RaiseFileAccess("read", zvFile, file::SystemErrorText(errno));
     }
     if (lRead == 0) {
       return zContent;
@@ -122,14 +118,14 @@ std::string FollowLinks(const std::string& zvFile) {
     zLink.resize(static_cast<std::size_t>(lLength));
     zTarget = zLink.starts_with('/') ? zLink : FolderOf(zTarget) + "/" + zLink;
   }
-  RaiseFileAccess("write", zvFile, SystemText(ELOOP));
+  RaiseFileAccess("write", zvFile, file::SystemErrorText(ELOOP));
 }
 
 // A file system that cannot flush a folder has nothing to flush.
 void FlushFolder(const std::string& zvFolder, const std::string& zvFile) {
   const Descriptor folder(open(zvFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder.IsOpen() || (fsync(folder.Number()) != 0 && errno != EINVAL)) {
-    RaiseFileAccess("write", zvFile, "its folder cannot be flushed, " + SystemText(errno));
+    RaiseFileAccess("write", zvFile, "its folder cannot be flushed, " + file::SystemErrorText(errno));
   }
 }
 
@@ -142,7 +138,8 @@ void MakeFolders(const std::string& zvFolder, const std::string& zvFile) {
   MakeFolders(zParent, zvFile);
   // Another process may be making the same folder.
   if (mkdir(zvFolder.c_str(), kFolderMode) != 0 && errno != EEXIST) {
-    RaiseFileAccess("write", zvFile, "the folder \"" + zvFolder + "\" cannot be made, " + SystemText(errno));
+    RaiseFileAccess("write", zvFile,
+                    "the folder \"" + zvFolder + "\" cannot be made, " + file::SystemErrorText(errno));
   }
   FlushFolder(zParent, zvFile);
 }
@@ -154,11 +151,13 @@ class WriteLock {
   explicit WriteLock(const std::string& zvFile)
       : m_oLock(open((zvFile + ".lock").c_str(), O_RDWR | O_CREAT | kOpenFlags, kFileMode)) {
     if (!m_oLock.IsOpen()) {
-      RaiseFileAccess("write", zvFile, "\"" + zvFile + ".lock\" cannot be opened, " + SystemText(errno));
+      RaiseFileAccess("write", zvFile,
+                      "\"" + zvFile + ".lock\" cannot be opened, " + file::SystemErrorText(errno));
     }
     for (int i = 0; flock(m_oLock.Number(), LOCK_EX | LOCK_NB) != 0; ++i) {
       if (errno != EWOULDBLOCK && errno != EINTR) {
-        RaiseFileAccess("write", zvFile, "\"" + zvFile + ".lock\" cannot be locked, " + SystemText(errno));
+        RaiseFileAccess("write", zvFile,
+                        "\"" + zvFile + ".lock\" cannot be locked, " + file::SystemErrorText(errno));
       }
       if (i == kLockAttempts) {
         RaiseFileAccess("write", zvFile,
@@ -179,7 +178,7 @@ void RemoveLeftovers(const std::string& zvFile) {
   const std::string zStart = zvFile.substr(zvFile.rfind('/') + 1) + std::string(kTemporaryMark);
   DIR* folder = opendir(FolderOf(zvFile).c_str());
   if (folder == nullptr) {
-    RaiseFileAccess("write", zvFile, "its folder cannot be read, " + SystemText(errno));
+    RaiseFileAccess("write", zvFile, "its folder cannot be read, " + file::SystemErrorText(errno));
   }
   while (const dirent* entry = readdir(folder)) {
     const std::string_view zName = entry->d_name;
@@ -198,12 +197,12 @@ void WriteAll(int lvDescriptor, std::string_view zvContent, const std::string& z
       continue;
     }
     if (lWritten < 0) {
-      RaiseFileAccess("write", zvFile, SystemText(errno));
+      RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
     }
     zvContent.remove_prefix(static_cast<std::size_t>(lWritten));
   }
   if (fsync(lvDescriptor) != 0) {
-    RaiseFileAccess("write", zvFile, SystemText(errno));
+    RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
   }
 }
 
@@ -212,12 +211,13 @@ void Replace(const std::string& zvFile, const std::string& zvContent) {
   const std::string zTemporary = zvFile + std::string(kTemporaryMark) + std::to_string(getpid());
   const Descriptor file(open(zTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
   if (!file.IsOpen()) {
-    RaiseFileAccess("write", zvFile, "\"" + zTemporary + "\" cannot be made, " + SystemText(errno));
+    RaiseFileAccess("write", zvFile,
+                    "\"" + zTemporary + "\" cannot be made, " + file::SystemErrorText(errno));
   }
   try {
     WriteAll(file.Number(), zvContent, zvFile);
     if (std::rename(zTemporary.c_str(), zvFile.c_str()) != 0) {
-      RaiseFileAccess("write", zvFile, SystemText(errno));
+      RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
     }
   } catch (...) {
     unlink(zTemporary.c_str());

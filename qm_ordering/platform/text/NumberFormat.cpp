@@ -4,7 +4,6 @@
 #include <langinfo.h>
 #include <locale.h>
 
-#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -20,7 +19,7 @@ struct NumberSigns {
   std::string zPoint = ".";
   std::string zSeparator = ",";
   // The sizes of the groups from the point leftwards, one byte each, in the form of the C library: the last
-  // one repeats, CHAR_MAX ends the grouping.
+  // one repeats, CHAR_MAX or -1 ends the grouping.
   std::string zGrouping = "\3";
 };
 
@@ -101,12 +100,13 @@ std::string Group(const std::string& zvDigits, const NumberSigns& signs) {
   std::size_t lEnd = zvDigits.size();
   std::size_t lGroup = 0;
   while (lGroup < signs.zGrouping.size()) {
-    const char cSize = signs.zGrouping[lGroup];
-    if (cSize <= 0 || cSize == CHAR_MAX || lEnd <= static_cast<std::size_t>(cSize)) {
+    // The bytes that end the grouping are 127 and 255 in this reading: more digits than an amount has.
+    const auto lSize = static_cast<std::size_t>(static_cast<unsigned char>(signs.zGrouping[lGroup]));
+    if (lEnd <= lSize) {
       break;
     }
-    lEnd -= static_cast<std::size_t>(cSize);
-    zGrouped.insert(0, signs.zSeparator + zvDigits.substr(lEnd, static_cast<std::size_t>(cSize)));
+    lEnd -= lSize;
+    zGrouped.insert(0, signs.zSeparator + zvDigits.substr(lEnd, lSize));
     if (lGroup + 1 < signs.zGrouping.size()) {
       ++lGroup;
     }

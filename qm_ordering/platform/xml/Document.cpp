@@ -25,12 +25,10 @@ struct Document::Tree {
   pugi::xml_document oDocument;
   pugi::xml_node oLoose;
 
+  // Empty when there is no memory for it; so is then what is appended to it.
   pugi::xml_node Loose() {
     if (!oLoose) {
       oLoose = oDocument.append_child(pugi::node_element);
-      if (!oLoose) {
-        throw std::bad_alloc();
-      }
     }
     return oLoose;
   }
@@ -61,7 +59,7 @@ pugi::xml_node NodeOf(const Element& oElement, void* pNode, const char* zvOperat
   return pugi::xml_node(static_cast<pugi::xml_node_struct*>(pNode));
 }
 
-// pugixml tells of exhausted memory by answering false or an empty handle.
+// pugixml tells of exhausted memory by answering false or an empty handle, which in turn answers false.
 void RequireMemory(bool bvDone) {
   if (!bvDone) {
     throw std::bad_alloc();
@@ -71,7 +69,6 @@ void RequireMemory(bool bvDone) {
 // pugixml's own copying passes over what it has no memory for.
 pugi::xml_node CopyOne(pugi::xml_node source, pugi::xml_node parent) {
   pugi::xml_node copy = parent.append_child(source.type());
-  RequireMemory(!copy.empty());
   if (source.type() != pugi::node_element) {
     RequireMemory(copy.set_value(source.value()));
     return copy;
@@ -79,7 +76,7 @@ pugi::xml_node CopyOne(pugi::xml_node source, pugi::xml_node parent) {
   RequireMemory(copy.set_name(source.name()));
   for (const pugi::xml_attribute from : source.attributes()) {
     pugi::xml_attribute to = copy.append_attribute("");
-    RequireMemory(!to.empty() && to.set_name(from.name()) && to.set_value(from.value()));
+    RequireMemory(to.set_name(from.name()) && to.set_value(from.value()));
   }
   return copy;
 }
@@ -230,7 +227,7 @@ Document::Document() : m_oTree(std::make_shared<Tree>()) {}
 
 Element Document::CreateElement(std::string_view zvName) {
   pugi::xml_node node = m_oTree->Loose().append_child(pugi::node_element);
-  RequireMemory(!node.empty() && node.set_name(std::string(zvName).c_str()));
+  RequireMemory(node.set_name(std::string(zvName).c_str()));
   return Element(m_oTree, node.internal_object());
 }
 
@@ -289,7 +286,6 @@ void Element::SetAttribute(std::string_view zvName, std::string_view zvValue) {
     return;
   }
   attribute = node.append_attribute("");
-  RequireMemory(!attribute.empty());
   if (!attribute.set_name(zName.c_str()) || !attribute.set_value(zvValue.data(), zvValue.size())) {
     node.remove_attribute(attribute);
     throw std::bad_alloc();
