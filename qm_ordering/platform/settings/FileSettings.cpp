@@ -24,7 +24,7 @@ namespace qm_ordering {
 namespace {
 
 // Far more than settings need; a file beyond it is something else.
-constexpr std::size_t kMaximumSize = 16 * 1024 * 1024;
+constexpr std::size_t kMaximumSize = std::size_t{16} << 20;
 
 constexpr mode_t kFileMode = 0600;
 constexpr mode_t kFolderMode = 0700;
@@ -77,7 +77,7 @@ std::string ReadWhole(const std::string& zvFile) {
                                             : "it is not a regular file. Name one that is");
   }
   std::string zContent;
-  std::string zPiece(64 * 1024, '\0');
+  std::string zPiece(std::size_t{64} << 10, '\0');
   while (true) {
     const ssize_t lRead = read(file.Number(), zPiece.data(), zPiece.size());
     if (lRead < 0 && errno == EINTR) {
@@ -116,7 +116,7 @@ std::string FollowLinks(const std::string& zvFile) {
       return zTarget;
     }
     zLink.resize(static_cast<std::size_t>(lLength));
-    zTarget = zLink.starts_with('/') ? zLink : FolderOf(zTarget) + "/" + zLink;
+    zTarget = zLink.starts_with('/') ? zLink : FolderOf(zTarget).append("/").append(zLink);
   }
   RaiseFileAccess("write", zvFile, file::SystemErrorText(ELOOP));
 }

@@ -39,7 +39,7 @@ bool SaysNothing(std::string_view zvName) {
 
 // Nothing when the text cannot be converted.
 std::optional<std::string> ToUTF8(std::string zvText, const char* zvCharset) {
-  const iconv_t converter = iconv_open("UTF-8", zvCharset);
+  iconv_t converter = iconv_open("UTF-8", zvCharset);
   // The value that stands for a failure is -1 in the guise of a pointer.
   if (converter == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr)
     return std::nullopt;

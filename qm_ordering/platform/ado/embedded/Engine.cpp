@@ -1,8 +1,8 @@
 #include "qm_ordering/platform/ado/embedded/Engine.h"
 
-#include <cstring>
 #include <string_view>
 
+#include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/text/Unicode.h"
 
 namespace qm_ordering::ado::embedded {
@@ -67,7 +67,7 @@ Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath) {
           "The order store " + zvPath + " cannot be used: " + Advice(lPrimary) + " (" + zMessage;
       const int lSystem = db != nullptr ? sqlite3_system_errno(db) : 0;
       if (lSystem != 0 && (lPrimary == SQLITE_IOERR || lPrimary == SQLITE_CANTOPEN)) {
-        zText.append(": ").append(std::strerror(lSystem));
+        zText.append(": ").append(file::SystemErrorText(lSystem));
       }
       return {failure::kStoreUnavailable, zText + ")."};
     }

@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
 
 #include "qm_ordering/platform/ado/embedded/Engine.h"
+#include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
 
@@ -51,7 +51,7 @@ class UnfinishedStore {
     Remove();
     const int lFile = open(m_zPath.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (lFile < 0) {
-      RaiseNotCreated(zvFinalPath, std::strerror(errno));
+      RaiseNotCreated(zvFinalPath, file::SystemErrorText(errno));
     }
     close(lFile);
   }
@@ -70,7 +70,7 @@ class UnfinishedStore {
     }
     if (lResult != 0) {
       RaiseNotCreated(m_zFinalPath, errno == EEXIST ? "a file of that name exists; it was not touched"
-                                                    : std::strerror(errno));
+                                                    : file::SystemErrorText(errno));
     }
     const std::string zFolder = std::filesystem::path(m_zFinalPath).parent_path().string();
     const int lFolder = open(zFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -100,8 +100,8 @@ void MakeFolders(const std::string& zvPath) {
       const int lError = errno;
       // Some systems refuse to make a folder that exists with another error than EEXIST.
       if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        RaiseNotCreated(zvPath,
-                        "the folder " + folder.string() + " cannot be made: " + std::strerror(lError));
+        RaiseNotCreated(
+            zvPath, "the folder " + folder.string() + " cannot be made: " + file::SystemErrorText(lError));
       }
     }
   }
@@ -158,7 +158,7 @@ void RequireOrdinaryFile(const std::string& zvPath) {
   struct stat status {};
   if (stat(zvPath.c_str(), &status) != 0) {
     if (errno != ENOENT && errno != ENOTDIR) {
-      RaiseUnusable(zvPath, std::strerror(errno));
+      RaiseUnusable(zvPath, file::SystemErrorText(errno));
     }
     const std::string zFolder = std::filesystem::path(zvPath).parent_path().string();
     const bool bFolder = stat(zFolder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "host/Context.h"
+
+namespace host {
+
+// store create, store check, store path
+void AddStoreCommands(CLI::App& app, Command& chosen);
+
+}  // namespace host
