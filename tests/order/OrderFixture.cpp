@@ -33,7 +33,7 @@ std::shared_ptr<OrderDetails> OrderFixture::CurrentWith(
   return oOrder;
 }
 
-std::vector<std::string> OrderFixture::Numbers(const OrderDetails& order) {
+std::vector<std::string> OrderFixture::NumbersOf(const OrderDetails& order) {
   std::vector<std::string> numbers;
   for (const auto& oItem : *order.OrderItems()) {
     numbers.push_back(oItem->ItemNumber());

@@ -27,7 +27,7 @@ class OrderFixture : public StoreFixture {
       const std::vector<std::shared_ptr<qm_ordering::OrderItem>>& oItems);
 
   // The keys-to-be of a collection: its items' numbers in its order.
-  static std::vector<std::string> Numbers(const qm_ordering::OrderDetails& order);
+  static std::vector<std::string> NumbersOf(const qm_ordering::OrderDetails& order);
 
   // The lines in the file, in the order of entry: "ORDER NUMBER QUANTITY x PRICE = EXTENDED", money times
   // 10,000.

@@ -46,17 +46,17 @@ void DatabaseFixture::AddOrder(std::int32_t lvOrderID, bool bvIsCurrent) const {
             (bvIsCurrent ? ", -1)" : ", 0)"));
 }
 
-void DatabaseFixture::AddLine(std::int32_t lvOrderID, const std::string& zvItemNumber, std::int32_t lvQuantity,
-                              std::string_view zvExtendedPrice) const {
+void DatabaseFixture::AddLine(std::int32_t lvOrderID, const std::string& zvItemNumber,
+                              std::int32_t lvQuantity, std::string_view zvExtendedPrice) const {
   Store.Run("insert into tblOrderItem (lOrderID, zItemNumber, lQuantity, cExtendedPrice) values (" +
-            std::to_string(lvOrderID) + ", " + Quoted(zvItemNumber) + ", " + std::to_string(lvQuantity) + ", " +
-            std::to_string(Money(zvExtendedPrice).Scaled()) + ")");
+            std::to_string(lvOrderID) + ", " + Quoted(zvItemNumber) + ", " + std::to_string(lvQuantity) +
+            ", " + std::to_string(Money(zvExtendedPrice).Scaled()) + ")");
 }
 
 std::string DatabaseFixture::OfLine(std::int32_t lvOrderID, const std::string& zvItemNumber,
                                     const std::string& zvColumn) const {
-  return Store.Value("select " + zvColumn + " from tblOrderItem where lOrderID = " + std::to_string(lvOrderID) +
-                     " and zItemNumber = " + Quoted(zvItemNumber));
+  return Store.Value("select " + zvColumn + " from tblOrderItem where lOrderID = " +
+                     std::to_string(lvOrderID) + " and zItemNumber = " + Quoted(zvItemNumber));
 }
 
 std::string DatabaseFixture::OfOrder(std::int32_t lvOrderID, const std::string& zvColumn) const {

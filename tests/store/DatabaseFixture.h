@@ -64,7 +64,8 @@ class DatabaseFixture : public StoreFixture {
                std::string_view zvExtendedPrice = "0") const;
 
   // One column of one line, and of one order.
-  std::string OfLine(std::int32_t lvOrderID, const std::string& zvItemNumber, const std::string& zvColumn) const;
+  std::string OfLine(std::int32_t lvOrderID, const std::string& zvItemNumber,
+                     const std::string& zvColumn) const;
   std::string OfOrder(std::int32_t lvOrderID, const std::string& zvColumn) const;
 
   // The record as "NUMBER DESCRIPTION"; "0 " when it is clear.
