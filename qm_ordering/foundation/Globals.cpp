@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "qm_ordering/foundation/ErrorsOrdering.h"
-#include "qm_ordering/foundation/PerThread.h"
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
 #include "qm_ordering/platform/settings/InstalledSettings.h"
 #include "qm_ordering/platform/value/Failure.h"

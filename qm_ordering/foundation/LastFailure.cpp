@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "qm_ordering/foundation/Errors.h"
-#include "qm_ordering/foundation/PerThread.h"
+#include "qm_ordering/platform/PerThread.h"
 
 namespace qm_ordering {
 

@@ -5,15 +5,17 @@
 #include <exception>
 #include <new>
 #include <string_view>
-#include <utility>
 
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering {
 
 namespace {
 
-thread_local std::function<void(const std::string&)> t_trace;
+struct Trace {
+  std::function<void(const std::string&)> Show;
+};
 
 bool TraceToStderr() {
   static const bool bOn = [] {
@@ -26,18 +28,21 @@ bool TraceToStderr() {
 }  // namespace
 
 void SetStatementTrace(std::function<void(const std::string& zvSQL)> trace) {
-  t_trace = std::move(trace);
+  if (Trace* pTrace = PerThread<Trace>::Get()) {
+    pTrace->Show.swap(trace);
+  }
 }
 
 void ado::TraceStatement(const std::string& zvSQL) {
   if (TraceToStderr()) {
     std::fprintf(stderr, "%s\n", zvSQL.c_str());
   }
-  if (!t_trace) {
+  const Trace* pTrace = PerThread<Trace>::Get();
+  if (pTrace == nullptr || !pTrace->Show) {
     return;
   }
   // The trace may install another while it runs.
-  const auto trace = t_trace;
+  const auto trace = pTrace->Show;
   try {
     trace(zvSQL);
   } catch (const Failure&) {

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/settings/FileSettings.h"
 #include "qm_ordering/platform/value/Failure.h"
 
@@ -13,31 +14,14 @@ namespace {
 
 thread_local bool t_bFixed = false;
 
-// A host's own per-thread objects may reach the library after this thread's slot is gone; the flag outlives
-// it.
-thread_local bool t_bGone = false;
-
-struct Slot {
-  Slot() = default;
-  Slot(const Slot&) = delete;
-  Slot& operator=(const Slot&) = delete;
-  ~Slot() { t_bGone = true; }
-
-  std::shared_ptr<SettingsComponent> oComponent;
+struct Installed {
+  std::shared_ptr<SettingsComponent> Component;
 };
-
-Slot& ThreadSlot() {
-  thread_local Slot slot;
-  return slot;
-}
 
 // Holds a reference for the length of a call, so that a component that is replaced meanwhile lives on.
 std::shared_ptr<SettingsComponent> Component() {
-  std::shared_ptr<SettingsComponent> oComponent;
-  if (!t_bGone) {
-    oComponent = ThreadSlot().oComponent;
-  }
-  return oComponent ? oComponent : CreateFileSettings();
+  const Installed* pInstalled = PerThread<Installed>::Get();
+  return pInstalled != nullptr && pInstalled->Component ? pInstalled->Component : CreateFileSettings();
 }
 
 // Runs foreign code; what it throws leaves as a Failure.
@@ -105,8 +89,8 @@ void InstallSettings(std::shared_ptr<SettingsComponent> oComponent) {
         "InstallSettings was called after the first object of the library was created on this thread. "
         "Call it before, or on a new thread.");
   }
-  if (!t_bGone) {
-    ThreadSlot().oComponent.swap(oComponent);
+  if (Installed* pInstalled = PerThread<Installed>::Get()) {
+    pInstalled->Component.swap(oComponent);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/ado/embedded/PooledSession.h"
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 #include "qm_ordering/platform/ado/embedded/Translator.h"
@@ -14,22 +15,9 @@ namespace qm_ordering::ado::embedded {
 
 namespace {
 
-// Objects of the host may outlive the thread's pool: by then their sessions are just closed.
-thread_local bool t_bPoolEnded = false;
-
+// The sessions that rest on a thread. Where the thread's pool has ended, sessions are just closed.
 class Pool {
  public:
-  ~Pool() { t_bPoolEnded = true; }
-
-  // Null when the thread is ending.
-  static Pool* OfThread() {
-    if (t_bPoolEnded) {
-      return nullptr;
-    }
-    thread_local Pool pool;
-    return &pool;
-  }
-
   std::unique_ptr<PooledSession> Take(const std::string& zvPath) {
     for (std::size_t i = m_oIdle.size(); i > 0; --i) {
       if (m_oIdle[i - 1]->Path() == zvPath) {
@@ -197,7 +185,7 @@ EmbeddedSession::~EmbeddedSession() {
   for (EmbeddedCursor* pCursor : m_oCursors) {
     pCursor->End();
   }
-  if (Pool* pool = Pool::OfThread()) {
+  if (Pool* pool = PerThread<Pool>::Get()) {
     pool->GiveBack(std::move(m_oSession));
   }
 }
@@ -389,7 +377,7 @@ std::vector<std::string> EmbeddedSession::CheckIntegrity(const std::string& zvSc
 
 std::unique_ptr<Session> OpenSession(const std::string& zvPath) {
   std::unique_ptr<PooledSession> session;
-  if (Pool* pool = Pool::OfThread()) {
+  if (Pool* pool = PerThread<Pool>::Get()) {
     session = pool->Take(zvPath);
   }
   if (session == nullptr) {
@@ -399,7 +387,7 @@ std::unique_ptr<Session> OpenSession(const std::string& zvPath) {
 }
 
 void CloseIdleSessions() {
-  if (Pool* pool = Pool::OfThread()) {
+  if (Pool* pool = PerThread<Pool>::Get()) {
     pool->Clear();
   }
 }

@@ -1,4 +1,4 @@
-#include "qm_ordering/foundation/PerThread.h"
+#include "qm_ordering/platform/PerThread.h"
 
 #include <gtest/gtest.h>
 
