@@ -311,6 +311,7 @@ void OrderDetails::LoadItems(std::int32_t lvSortType, bool bvIsLoadCurrent, bool
     }
     m_oOrderItems->Add(oItem, zStoredNumber);
   }
+  Store().CloseConnection();
 }
 
 void OrderDetails::SaveSummary(bool) {

@@ -53,6 +53,10 @@ class Database {
 
   ErrorInfo Error() const { return m_oError; }
 
+  // Closes the connection that a live result set holds open, and the set. A caller that has read its set does
+  // not keep one of the process's files open for as long as it keeps this object.
+  void CloseConnection() noexcept;
+
   // Unguarded. The header of an order, or of the current one: detached, empty when there is none.
   std::unique_ptr<ado::Recordset> OrderDetails_GetSummary(std::int32_t lvOrderID, bool bvIsLoadCurrent);
 
@@ -161,7 +165,6 @@ class Database {
   class Frame;
 
   ado::Connection& Connection();
-  void CloseConnection() noexcept;
 
   // Runs a statement that holds these raw texts.
   void ExecuteRaw(const std::string& zvSQL, const std::vector<std::string_view>& zvRawTexts);

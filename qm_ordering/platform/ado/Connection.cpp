@@ -14,9 +14,9 @@ std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString) {
   if (SameName(zDriver, "Microsoft Access Driver (*.mdb)")) {
     return embedded::OpenSession(file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath"));
   }
-  throw Failure(failure::kStoreUnavailable, "No provider serves the driver \"" + zDriver +
-                                                "\" of the connection string \"" + zvConnectionString +
-                                                "\".");
+  // The driver alone: other parts of the connection string may be secret.
+  throw Failure(failure::kStoreUnavailable,
+                "No provider serves the driver \"" + zDriver + "\" that the connection string names.");
 }
 
 void Connection::Open(const std::string& zvConnectionString) {

@@ -266,11 +266,13 @@ std::size_t BatchRecordset::ColumnIndex(std::string_view zvColumn) const {
 }
 
 const Variant& BatchRecordset::Value(std::string_view zvColumn) const {
-  return m_oKeyset.Rows[m_lRow].Changed[ColumnIndex(zvColumn)];
+  const std::size_t lColumn = ColumnIndex(zvColumn);
+  return m_oKeyset.Rows[m_lRow].Changed[lColumn];
 }
 
 void BatchRecordset::Value(std::string_view zvColumn, Variant vvValue) {
-  m_oKeyset.Rows[m_lRow].Changed[ColumnIndex(zvColumn)] = std::move(vvValue);
+  const std::size_t lColumn = ColumnIndex(zvColumn);
+  m_oKeyset.Rows[m_lRow].Changed[lColumn] = std::move(vvValue);
 }
 
 void BatchRecordset::UpdateBatch() {

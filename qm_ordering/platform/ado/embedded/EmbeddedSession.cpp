@@ -197,10 +197,11 @@ void Bind(PooledSession& session, const Prepared& statement, const std::vector<P
     int lResult = SQLITE_OK;
     if (const auto* pNumber = std::get_if<std::int64_t>(&parameter)) {
       lResult = sqlite3_bind_int64(statement.Handle.get(), lPosition, *pNumber);
-    } else {
-      const auto& zText = std::get<std::string>(parameter);
-      lResult = sqlite3_bind_text64(statement.Handle.get(), lPosition, zText.data(), zText.size(),
+    } else if (const auto* pText = std::get_if<std::string>(&parameter)) {
+      lResult = sqlite3_bind_text64(statement.Handle.get(), lPosition, pText->data(), pText->size(),
                                     SQLITE_TRANSIENT, SQLITE_UTF8);
+    } else {
+      lResult = sqlite3_bind_null(statement.Handle.get(), lPosition);
     }
     if (lResult != SQLITE_OK) {
       session.RaiseAnswer(lResult);
@@ -252,18 +253,22 @@ Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
   return oKeyset;
 }
 
-Parameter ToParameter(const Variant& vvValue) {
-  switch (vvValue.Kind()) {
-    case VariantKind::Boolean:
-      return vvValue.ToBoolean() ? -1 : 0;
-    case VariantKind::Currency:
+// The value in the kind of its column.
+Parameter ToParameter(const Variant& vvValue, std::optional<ColumnKind> kind) {
+  if (vvValue.IsNull()) {
+    return std::monostate();
+  }
+  switch (kind.value_or(ColumnKind::Text)) {
+    case ColumnKind::Integer:
+      return std::int64_t{vvValue.ToInteger()};
+    case ColumnKind::Boolean:
+      return std::int64_t{vvValue.ToBoolean() ? -1 : 0};
+    case ColumnKind::Currency:
       return vvValue.ToCurrency().Scaled();
-    case VariantKind::Date:
+    case ColumnKind::Date:
       return vvValue.ToDate().ToStoreText();
-    case VariantKind::String:
-      return vvValue.ToString();
     default:
-      return static_cast<std::int64_t>(vvValue.ToInteger());
+      return vvValue.ToString();
   }
 }
 
@@ -272,16 +277,15 @@ void EmbeddedSession::WriteRow(const Keyset& oKeyset, const Keyset::Row& row) {
   std::vector<Parameter> conditions;
   std::string zCondition;
   for (std::size_t i = 0; i < oKeyset.Columns.size(); ++i) {
+    const std::string& zColumn = oKeyset.Columns[i];
+    const std::optional<ColumnKind> kind = m_oSession->Kinds()(zColumn);
     if (row.Read[i] != row.Changed[i]) {
-      translation.Text += (translation.Text.empty() ? " set " : ", ") + oKeyset.Columns[i] + " = ?";
-      translation.Parameters.push_back(ToParameter(row.Changed[i]));
+      translation.Text += (translation.Text.empty() ? " set " : ", ") + zColumn + " = ?";
+      translation.Parameters.push_back(ToParameter(row.Changed[i], kind));
     }
-    if (row.Read[i].IsNull()) {
-      zCondition += " and " + oKeyset.Columns[i] + " is null";
-    } else {
-      zCondition += " and " + oKeyset.Columns[i] + " = ?";
-      conditions.push_back(ToParameter(row.Read[i]));
-    }
+    // Byte for byte: a change of letter case is a change.
+    zCondition += " and " + zColumn + " is ? collate binary";
+    conditions.push_back(ToParameter(row.Read[i], kind));
   }
   if (translation.Text.empty()) {
     return;
@@ -307,6 +311,8 @@ void EmbeddedSession::WriteKeyset(const Keyset& oKeyset) {
   const bool bOwnTransaction = sqlite3_get_autocommit(m_oSession->Database()) != 0;
   if (bOwnTransaction) {
     Begin(TransactionKind::Write);
+  } else {
+    m_oSession->Run("SAVEPOINT batch");
   }
   try {
     for (const Keyset::Row& row : oKeyset.Rows) {
@@ -315,11 +321,15 @@ void EmbeddedSession::WriteKeyset(const Keyset& oKeyset) {
   } catch (...) {
     if (bOwnTransaction) {
       Rollback();
+    } else {
+      sqlite3_exec(m_oSession->Database(), "ROLLBACK TO batch; RELEASE batch", nullptr, nullptr, nullptr);
     }
     throw;
   }
   if (bOwnTransaction) {
     Commit();
+  } else {
+    m_oSession->Run("RELEASE batch");
   }
 }
 

@@ -231,13 +231,14 @@ class Walk {
       m_bInCondition = true;
     } else if (IsWord(token, "values")) {
       m_bInValues = true;
-      m_lValue = 0;
     } else if (IsSign(token, "(")) {
       ++m_lDepth;
       if (i > 0 && IsWord(m_oTokens[i - 1], "in")) {
         m_lListDepth = m_lDepth;
         m_zListColumn = WordBefore(i - 1);
-      } else if (m_lDepth == 1 && !m_bInValues && IsWord(m_oTokens.front(), "insert")) {
+      } else if (m_lDepth == 1 && m_bInValues) {
+        m_lValue = 0;
+      } else if (m_lDepth == 1 && IsWord(m_oTokens.front(), "insert")) {
         m_bInColumns = true;
       }
     } else if (IsSign(token, ")")) {

@@ -25,8 +25,8 @@ std::optional<ColumnKind> KindOfDeclaredType(std::string_view zvType);
 // The kind of a column by its name, in any letter case; nothing for an unknown one.
 using ColumnKinds = std::function<std::optional<ColumnKind>(std::string_view zvColumn)>;
 
-// A value that goes to the engine as a parameter.
-using Parameter = std::variant<std::int64_t, std::string>;
+// A value that goes to the engine as a parameter; the last one is null.
+using Parameter = std::variant<std::int64_t, std::string, std::monostate>;
 
 // A statement in the engine's form: one text for all statements that differ in their literals alone, so that
 // it is the key of the cache of prepared statements.
