@@ -12,8 +12,7 @@ namespace host {
 
 namespace {
 
-constexpr const char* kFooter = R"(
-Data goes to standard output, messages go to standard error.
+constexpr const char* kFooter = R"(Data goes to standard output, messages go to standard error.
 Exit codes: 0 good; 1 an error that the library recorded, or a check that found something;
 2 wrong usage; 3 a failure that the library raised, or output that could not be written.
 Errors are shown as "error NUMBER: DESCRIPTION".
@@ -64,11 +63,13 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
                "qm-ordering");
   app.footer(kFooter);
   app.require_subcommand(1);
+  app.get_formatter()->label("REQUIRED", "(required)");
   // The global options may stand behind the command too.
   app.fallthrough();
-  AddText(app, "--settings", context.SettingsFile,
-          "The settings file; without it $QK_COMMON_SETTINGS, else $XDG_CONFIG_HOME/qk_common/settings.ini, "
-          "else ~/.config/qk_common/settings.ini")
+  AddText(
+      app, "--settings", context.SettingsFile,
+      "The settings file; without it\n$QK_COMMON_SETTINGS, else $XDG_CONFIG_HOME/qk_common/settings.ini,\n"
+      "else ~/.config/qk_common/settings.ini")
       ->type_name("FILE");
   bool bJson = false;
   const CLI::Option* oJson = app.add_flag("--json", bJson, "Data and messages as JSON");

@@ -24,15 +24,12 @@ struct Command {
 };
 
 // What the user's settings hold under a key; empty when it is unset.
-inline std::string Setting(const Context& context, const std::string& zvKey) {
-  return context.Settings->CreateUserSettings()->Get(zvKey);
-}
+std::string Setting(const Context& context, const std::string& zvKey);
 
 // Sets one key and keeps it.
-inline void SetSetting(const Context& context, const std::string& zvKey, const std::string& zvValue) {
-  const auto oDefaults = context.Settings->CreateOrderDefaults();
-  oDefaults->Set(zvKey, zvValue);
-  oDefaults->Save();
-}
+void SetSetting(const Context& context, const std::string& zvKey, const std::string& zvValue);
+
+// Says how to get a store when the settings name none.
+void NoteWhenNoStoreIsSet(Context& context);
 
 }  // namespace host

@@ -151,7 +151,7 @@ std::vector<HeaderField> MakeHeaderFields() {
 std::string WrittenOut(const std::string& zvName) {
   constexpr std::string_view kShort = "CreditCardDetails.";
   return SameName(std::string_view(zvName).substr(0, kShort.size()), kShort) ? "PaymentInformation." + zvName
-                                                                            : zvName;
+                                                                             : zvName;
 }
 
 void RefuseCardData(const std::string& zvName) {

@@ -26,8 +26,8 @@ struct HeaderField {
 const std::vector<HeaderField>& HeaderFields();
 
 // The field of that full name, in any letter case; "CreditCardDetails.X" is short for
-// "PaymentInformation.CreditCardDetails.X". Raises UsageError, which names the nearest, when there is none, and
-// with the reason for what an order holds but nobody may set.
+// "PaymentInformation.CreditCardDetails.X". Raises UsageError, which names the nearest, when there is none,
+// and with the reason for what an order holds but nobody may set.
 const HeaderField& FindHeaderField(const std::string& zvName);
 
 // The text as a value of the field. Raises UsageError when it is none.

@@ -87,14 +87,7 @@ Json LineJson(const OrderItem& item, std::int32_t lvDeliveryMethod, bool bvCheck
   if (bvChecked) {
     line["ValidQuantity"] = item.ValidQuantity();
     if (!item.ValidQuantity()) {
-      Json& nearest = line["NearestQuantities"] = Json::array();
-      const NearestQuantities quantities =
-          NearestThatFit(item.Quantity(), PackOf(item, lvDeliveryMethod));
-      for (const auto& lQuantity : {quantities.Below, quantities.Above}) {
-        if (lQuantity) {
-          nearest.push_back(*lQuantity);
-        }
-      }
+      line["NearestQuantities"] = NearestJson(item.Quantity(), PackOf(item, lvDeliveryMethod));
     }
   }
   return line;
@@ -119,8 +112,13 @@ std::string HeaderText(const OrderDetails& order) {
       zText += (zText.empty() ? "" : "\n") + Heading(zGroup);
     }
     const std::string zMeaning = MeaningOf(order, field.FullName());
-    zText += "  " + field.Name + std::string(lWidest - field.Name.size() + 2, ' ') +
-             Shown(vValue.ToString()) + (zMeaning.empty() ? "" : "  (" + zMeaning + ")") + "\n";
+    const std::string zValue = Shown(vValue.ToString()) + (zMeaning.empty() ? "" : "  (" + zMeaning + ")");
+    const std::size_t lIndent = lWidest + 4;
+    std::string zLabel = "  " + field.Name;
+    for (const std::string& zLine : Wrapped(zValue, Output::Width() - lIndent)) {
+      zText += zLabel + std::string(lIndent - zLabel.size(), ' ') + zLine + "\n";
+      zLabel.clear();
+    }
   }
   return zText;
 }
@@ -148,8 +146,7 @@ std::string LinesText(const OrderDetails& order, bool bvChecked) {
                MoneyText(oItem->Price(), lPriceDecimals),
                MoneyText(oItem->ExtendedPrice(), lExtendedDecimals)});
     if (bMarked) {
-      zMisfits +=
-          "* " + Shown(oItem->ItemNumber()) + ": " + MisfitText(oItem->Quantity(), lPack) + ".\n";
+      zMisfits += "* " + Shown(oItem->ItemNumber()) + ": " + MisfitText(oItem->Quantity(), lPack) + ".\n";
     }
   }
   const std::string zTotal = "Total " + MoneyText(order.TotalPrice(), lExtendedDecimals) + "\n";
@@ -162,7 +159,8 @@ std::string LinesText(const OrderDetails& order, bool bvChecked) {
 std::string OrderText(const OrderDetails& order, bool bvChecked) {
   const auto lLines = static_cast<std::size_t>(order.OrderItems()->Count());
   return "Order " + std::to_string(order.OrderID()) +
-         (order.IsCurrentOrder() ? ", the current order" : ", submitted " + order.SubmitDate().ToGeneralText()) +
+         (order.IsCurrentOrder() ? ", the current order"
+                                 : ", submitted " + order.SubmitDate().ToGeneralText()) +
          "    PO number: " + OrDash(Shown(order.PurchaseOrderNumber())) + "    " + Counted(lLines, "line") +
          "\n\n" + HeaderText(order) + "\n" + LinesText(order, bvChecked);
 }

@@ -7,8 +7,8 @@
 
 namespace host {
 
-// An order for a person to read: summary, the header details that are filled, lines, total. With bvChecked the
-// quantities that do not fit their pack are marked.
+// An order for a person to read: summary, the header details that are filled, lines, total. With bvChecked
+// the quantities that do not fit their pack are marked.
 std::string OrderText(const qm_ordering::OrderDetails& order, bool bvChecked);
 // Its lines alone, as a table.
 std::string LinesText(const qm_ordering::OrderDetails& order, bool bvChecked);

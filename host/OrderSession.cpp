@@ -31,8 +31,8 @@ std::shared_ptr<CurrentOrder> OpenCurrentOrder(Context& context) {
   // Making the object loads the summary. How that went is in the record of the order behind it.
   auto oOrder = std::make_shared<CurrentOrder>();
   const ErrorInfo record = oOrder->OrderDetails()->Error();
-  if (record.Number != 0 && Setting(context, UserSettingConstants::ORDERINGDATABASEPATH).empty()) {
-    context.Out.Note("There is no store yet: `qm-ordering store create` makes one.");
+  if (record.Number != 0) {
+    NoteWhenNoStoreIsSet(context);
   }
   CheckRecord(record);
   return oOrder;

@@ -13,15 +13,15 @@ namespace host {
 // cannot be loaded.
 std::shared_ptr<qm_ordering::CurrentOrder> OpenCurrentOrder(Context& context);
 
-// Loads the lines and has their quantities checked. Where a pack size of 0 makes the check impossible, says so
-// as an error that names the lines, loads them unchecked, and answers false.
+// Loads the lines and has their quantities checked. Where a pack size of 0 makes the check impossible, says
+// so as an error that names the lines, loads them unchecked, and answers false.
 bool LoadCheckedLines(Context& context, qm_ordering::CurrentOrder& order, std::int32_t lvSortOrder);
 
 // Loads the lines without a check of their quantities.
 void LoadUncheckedLines(qm_ordering::CurrentOrder& order);
 
-// The order's loaded line of that item number, in any letter case. Raises UsageError, which names the nearest,
-// when there is none.
+// The order's loaded line of that item number, in any letter case. Raises UsageError, which names the
+// nearest, when there is none.
 std::shared_ptr<qm_ordering::OrderItem> FindLine(const qm_ordering::CurrentOrder& order,
                                                  const std::string& zvItemNumber);
 

@@ -79,8 +79,7 @@ void Output::UsageError(const std::string& zvText) {
 
 void Output::Error(std::int32_t lvNumber, const std::string& zvDescription,
                    const qm_ordering::LastFailureInfo& cause) {
-  const bool bTellsMore =
-      cause.Number != 0 && zvDescription.find(cause.Description) == std::string::npos;
+  const bool bTellsMore = cause.Number != 0 && zvDescription.find(cause.Description) == std::string::npos;
   if (m_bJson) {
     Json error = {{"number", lvNumber}, {"description", zvDescription}};
     if (bTellsMore) {
@@ -103,10 +102,9 @@ bool Output::Finish() {
   if (m_lWriteError == 0 && std::ferror(stdout) == 0) {
     return true;
   }
-  Error(qm_ordering::failure::kFileAccess,
-        "Not all of the output could be written to standard output: " +
-            std::generic_category().message(m_lWriteError) +
-            ". What the command did to the order is done all the same.");
+  Error(qm_ordering::failure::kFileAccess, "Not all of the output could be written to standard output: " +
+                                               std::generic_category().message(m_lWriteError) +
+                                               ". What the command did to the order is done all the same.");
   return false;
 }
 

@@ -36,7 +36,8 @@ class Output {
   void Error(std::int32_t lvNumber, const std::string& zvDescription,
              const qm_ordering::LastFailureInfo& cause = {});
 
-  // Writes what is still in memory. False, with an error on stderr, when not all of the data could be written.
+  // Writes what is still in memory. False, with an error on stderr, when not all of the data could be
+  // written.
   bool Finish();
 
  private:

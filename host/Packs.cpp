@@ -34,6 +34,17 @@ NearestQuantities NearestThatFit(std::int32_t lvQuantity, std::int32_t lvPack) {
   return {AsQuantity(lBelow), AsQuantity(lBelow == lvQuantity ? lBelow : lBelow + lPack)};
 }
 
+Json NearestJson(std::int32_t lvQuantity, std::int32_t lvPack) {
+  const NearestQuantities nearest = NearestThatFit(lvQuantity, lvPack);
+  Json quantities = Json::array();
+  for (const auto& lQuantity : {nearest.Below, nearest.Above}) {
+    if (lQuantity) {
+      quantities.push_back(*lQuantity);
+    }
+  }
+  return quantities;
+}
+
 std::string NearestText(std::int32_t lvQuantity, std::int32_t lvPack) {
   const NearestQuantities nearest = NearestThatFit(lvQuantity, lvPack);
   std::string zText = nearest.Below ? std::to_string(*nearest.Below) : std::string();

@@ -4,12 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "host/Output.h"
 #include "qm_ordering/qm_ordering.h"
 
 namespace host {
 
-// The pack size that a line's quantity must fit: that in which the item sells when the order is collected at a
-// branch (delivery method 0), else that in which it ships.
+// The pack size that a line's quantity must fit: that in which the item sells when the order is collected at
+// a branch (delivery method 0), else that in which it ships.
 std::int32_t PackOf(const qm_ordering::OrderItem& item, std::int32_t lvDeliveryMethod);
 
 bool Fits(std::int32_t lvQuantity, std::int32_t lvPack);
@@ -22,6 +23,8 @@ struct NearestQuantities {
 };
 NearestQuantities NearestThatFit(std::int32_t lvQuantity, std::int32_t lvPack);
 
+// [20, 30]
+Json NearestJson(std::int32_t lvQuantity, std::int32_t lvPack);
 // "20 or 30".
 std::string NearestText(std::int32_t lvQuantity, std::int32_t lvPack);
 

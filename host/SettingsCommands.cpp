@@ -106,15 +106,16 @@ void AddSettingsCommands(CLI::App& app, Command& chosen) {
 
   auto getOptions = std::make_shared<KeyOptions>();
   CLI::App& get = AddCommand(group, chosen, "get", "Show the value of one setting", getOptions, Get);
-  AddText(get, "key", getOptions->Key, "The setting, in any letter case")->required()->type_name("KEY");
-  get.footer("\nAn unset setting shows an empty line.");
+  AddText(get, "KEY", getOptions->Key, "The setting, in any letter case")->required()->type_name("");
+  get.footer("An unset setting shows an empty line.");
 
   auto setOptions = std::make_shared<KeyOptions>();
   CLI::App& set = AddCommand(group, chosen, "set", "Change one setting", setOptions, Set);
-  AddText(set, "key", setOptions->Key, "The setting, in any letter case")->required()->type_name("KEY");
-  AddText(set, "value", setOptions->Value, "Its new value; \"\" unsets it")->required()->type_name("VALUE");
+  AddText(set, "KEY", setOptions->Key, "The setting, in any letter case")->required()->type_name("");
+  AddText(set, "VALUE", setOptions->Value, "Its new value; \"\" unsets it")->required()->type_name("");
   set.footer(
-      "\nThe settings DEFAULT_... are what a new order starts with; `order set` and a saved order write them.\n"
+      "The settings DEFAULT_... are what a new order starts with; `order set` and a saved order write "
+      "them.\n"
       "The settings Reg_... are the user's registration, which `order apply-registration` uses.");
 }
 

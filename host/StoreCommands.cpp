@@ -33,7 +33,8 @@ std::string DefaultFolder() {
   }
   const std::string zHome = Environment("HOME");
   if (zHome.empty()) {
-    throw UsageError("Neither XDG_DATA_HOME nor HOME is set, so there is no default folder. Give the folder.");
+    throw UsageError(
+        "Neither XDG_DATA_HOME nor HOME is set, so there is no default folder. Give the folder.");
   }
   return zHome + "/.local/share/qm_ordering";
 }
@@ -49,9 +50,10 @@ std::string FullFolder(const std::string& zvFolder) {
 
 void RefuseUnusableFolder(const std::string& zvFolder) {
   if (zvFolder.find_first_of(";\\") != std::string::npos) {
-    throw UsageError("The folder \"" + zvFolder +
-                     "\" holds a semicolon or a backslash, which the setting OrderingDatabasePath cannot hold "
-                     "as part of a folder's name. Choose another folder.");
+    throw UsageError(
+        "The folder \"" + zvFolder +
+        "\" holds a semicolon or a backslash, which the setting OrderingDatabasePath cannot hold "
+        "as part of a folder's name. Choose another folder.");
   }
 }
 
@@ -69,6 +71,10 @@ int Create(Context& context, const CreateOptions& options) {
     zFolder = FullFolder(zFolder);
     RefuseUnusableFolder(zFolder);
   }
+  const std::string zPath = zFolder + "/Orders.mdb";
+  if (zSetting.empty() && std::filesystem::exists(zPath)) {
+    context.Out.Note("To use what is there already: " + HowToUse(zFolder));
+  }
   CreateOrderStore(zFolder);
   if (zSetting.empty()) {
     SetSetting(context, ORDERINGDATABASEPATH, zFolder);
@@ -77,13 +83,13 @@ int Create(Context& context, const CreateOptions& options) {
     context.Out.Note(std::string(ORDERINGDATABASEPATH) + " is still " + zSetting +
                      ", so the new store is not the one in use. To use it: " + HowToUse(zFolder));
   }
-  const std::string zPath = zFolder + "/Orders.mdb";
   context.Out.Text("Created " + Shown(zPath) + "\n");
   context.Out.Data({{"path", zPath}, {"OrderingDatabasePath", Setting(context, ORDERINGDATABASEPATH)}});
   return kGood;
 }
 
 int Check(Context& context) {
+  NoteWhenNoStoreIsSet(context);
   const std::vector<std::string> findings = CheckOrderStore();
   for (const std::string& zFinding : findings) {
     context.Out.Text(Shown(zFinding) + "\n");
@@ -96,6 +102,7 @@ int Check(Context& context) {
 }
 
 int Path(Context& context) {
+  NoteWhenNoStoreIsSet(context);
   const std::string zPath = OrderStorePath();
   context.Out.Text(zPath + "\n");
   context.Out.Data({{"path", zPath}});
@@ -109,19 +116,22 @@ void AddStoreCommands(CLI::App& app, Command& chosen) {
   group.require_subcommand(1);
 
   auto options = std::make_shared<CreateOptions>();
-  CLI::App& create =
-      AddCommand(group, chosen, "create", "Make a new, empty order store", options, Create);
-  AddText(create, "folder", options->Folder,
-          "Where to make it; without it the folder of the setting OrderingDatabasePath, or when that is unset "
-          "$XDG_DATA_HOME/qm_ordering, else ~/.local/share/qm_ordering")
-      ->type_name("FOLDER");
+  CLI::App& create = AddCommand(group, chosen, "create", "Make a new, empty order store", options, Create);
+  AddText(
+      create, "FOLDER", options->Folder,
+      "Where to make it; without it the folder of the setting\nOrderingDatabasePath, or when that is unset "
+      "$XDG_DATA_HOME/qm_ordering,\nelse ~/.local/share/qm_ordering")
+      ->type_name("");
   create.footer(
-      "\nMakes the folder and in it the file Orders.mdb; an existing file is never touched. When the setting\n"
-      "OrderingDatabasePath is unset, it is set to the folder, so that all other commands use the new store.");
+      "Makes the folder and in it the file Orders.mdb; an existing file is never touched. When the "
+      "setting\n"
+      "OrderingDatabasePath is unset, it is set to the folder, so that all other commands use the new "
+      "store.");
 
   AddCommand(group, chosen, "check", "Examine the store and change nothing", Check)
       .footer(
-          "\nExamines the file, its tables, the current order, and every order's total against its lines. Each\n"
+          "Examines the file, its tables, the current order, and every order's total against its lines. "
+          "Each\n"
           "finding is a line; exit code 1 when there are any.");
 
   AddCommand(group, chosen, "path", "Show where the store is", Path);

@@ -182,8 +182,7 @@ std::string Counted(std::size_t lvCount, const std::string& zvNoun) {
 int DecimalsOf(qm_ordering::Currency cvAmount) {
   const std::string zText = cvAmount.ToString();
   const std::size_t lPoint = zText.find('.');
-  const std::size_t lDecimals = lPoint == std::string::npos ? 0 : zText.size() - lPoint - 1;
-  return std::max(2, static_cast<int>(lDecimals));
+  return lPoint != std::string::npos && zText.size() - lPoint - 1 > 2 ? 4 : 2;
 }
 
 std::string MoneyText(qm_ordering::Currency cvAmount, int lvDecimals) {

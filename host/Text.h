@@ -41,7 +41,7 @@ std::string Listed(const std::vector<std::string>& zvTexts, const char* zvLastSe
 // "1 line", "2 lines".
 std::string Counted(std::size_t lvCount, const std::string& zvNoun);
 
-// The decimals that show the amount in full: two, or more where it has more.
+// The decimals that show the amount in full: two, or four where two are not enough.
 int DecimalsOf(qm_ordering::Currency cvAmount);
 std::string MoneyText(qm_ordering::Currency cvAmount, int lvDecimals);
 std::string MoneyText(qm_ordering::Currency cvAmount);

@@ -1,5 +1,5 @@
-// qm-ordering: the order of a product catalogue from the command line. A host of the ordering library: it uses
-// the library's public headers alone.
+// qm-ordering: the order of a product catalogue from the command line. A host of the ordering library: it
+// uses the library's public headers alone.
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "qm_ordering/foundation/ErrorsOrdering.h"
-#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/settings/InstalledSettings.h"
 #include "qm_ordering/platform/value/Failure.h"
 

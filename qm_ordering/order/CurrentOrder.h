@@ -46,7 +46,8 @@ class QM_ORDERING_API CurrentOrder : public LibraryObject {
   // Copies the record. This object goes on naming the submitted order until LoadSummary and LoadItems.
   void SaveToHistory();
 
-  // Then loads the summary again, so that the record tells how that went.
+  // Then loads the summary again. The record tells how that loading went; a failure to apply shows in
+  // LastFailure alone.
   void ApplyRegistrationSettings();
 
   std::string GetXML() const;

@@ -22,8 +22,8 @@ class Database;
 //
 // LoadSummary, AddItem (of a new line), SaveSummary, SavePONumber, SaveToHistory and
 // ApplyRegistrationSettings set the error record; the record is cleared where they succeed and by nothing
-// else. Every other member raises the store's failure: -2147217900 for a refused statement, -2147467259 for a
-// store that is missing, locked, unreadable or full.
+// else. ItemCount and ItemExists answer whatever happens. Every other member raises the store's failure:
+// -2147217900 for a refused statement, -2147467259 for a store that is missing, locked, unreadable or full.
 //
 // The collection of lines is what LoadItems and AddItem made of it: RemoveItem, ClearItems, UpdateItems and
 // AddItem of a line that exists change the store and TotalPrice alone. A host loads the lines again
@@ -69,7 +69,7 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   bool HasInvalidQuantities() const { return m_bHasInvalidQuantities; }
 
   // Reads the header of the order OrderID, or with bvIsLoadCurrent that of the current order, which is
-  // created from the order defaults when there is none. Record: 3 when there is no such order (nothing
+  // created from the order defaults when there is none. Record: 3 when there is no such order (no field
   // changes), 5 with the detail for any failure (fields already read keep their new values), clear on
   // success.
   void LoadSummary(bool bvIsLoadCurrent = false);
@@ -84,7 +84,7 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // Writes the header to the store and its values into the order defaults; submit date and IsCurrentOrder are
   // not written. bvIsSaveCurrent is not used. Record: number 1 with "Order not loaded yet" when OrderID is
   // -1, 5 with the detail for a failure; the detail says so when the order itself is saved and only the
-  // defaults are not.
+  // defaults are not. Raises 91 when OrderID was set and no summary was ever loaded.
   void SaveSummary(bool bvIsSaveCurrent = false);
 
   // Writes PurchaseOrderNumber alone. Record: 5 with the detail for a failure.
@@ -117,15 +117,15 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // order (nothing changes), 5 with the detail for a failure.
   void SaveToHistory();
 
-  // The number of lines in the store; 0 when it cannot be read.
+  // The number of lines in the store; 0 when it cannot be read (LastFailure tells why).
   std::int32_t ItemCount();
 
   // Whether the collection holds an item under exactly this number. The store is not asked.
   bool ItemExists(const std::string& zvItemNumber) const;
 
-  // Fills blank order defaults from the user's registration and writes the contact and account values into
-  // every order of the store, submitted ones included. LoadSummary shows them. Record: 5 with the detail for
-  // a failure. Raises what the settings component raises.
+  // Writes contact and account values into every order of the store, submitted ones included: the order
+  // default where there is one, else the registered value. The defaults are not changed. LoadSummary shows
+  // the values. Record: 5 with the detail for a failure. Raises what the settings component raises.
   void ApplyRegistrationSettings();
 
   // The order as one "order" document, as it stands in memory. Raises 91 before the first LoadSummary,

@@ -22,6 +22,16 @@ void Graft(xml::Element& parent, const std::string& zvFragment, const std::strin
   parent.AppendChild(element);
 }
 
+// Among thousands of lines a failure is of use only when it names the one that it is about.
+std::string LineXML(const OrderItem& item, int lvLine) {
+  try {
+    return item.GetXML();
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(), "Line " + std::to_string(lvLine) + ", item " + item.ItemNumber() + ": " +
+                                        failure.Description());
+  }
+}
+
 std::string SubmitDateText(const OrderDetails& order, const std::string& zvToday) {
   if (order.IsCurrentOrder()) {
     return zvToday;
@@ -33,7 +43,7 @@ std::string SubmitDateText(const OrderDetails& order, const std::string& zvToday
 
 std::string OrderDocument(const OrderDetails& order) {
   const auto oPayment = RequireObject(order.PaymentInformation(), "the payment information");
-  const auto oInformation = RequireObject(order.OrderInformation(), "the order information");
+  const auto oInformation = RequireObject(order.OrderInformation(), "the order's information");
   const auto oDelivery = RequireObject(order.DeliveryInformation(), "the delivery information");
   const std::string zToday = ShortDate(clock::Current().Now());
 
@@ -54,8 +64,10 @@ std::string OrderDocument(const OrderDetails& order) {
   Graft(root, oDelivery->GetXML(), "deliveryinformation");
 
   xml::Element items = document.CreateElement("orderitems");
+  int lLine = 0;
   for (const auto& oItem : *order.OrderItems()) {
-    Graft(items, oItem->GetXML(), "orderitem");
+    ++lLine;
+    Graft(items, LineXML(*oItem, lLine), "orderitem");
   }
   root.AppendChild(items);
   return document.XML();

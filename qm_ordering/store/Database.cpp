@@ -1,6 +1,6 @@
 #include "qm_ordering/store/Database.h"
 
-#include <algorithm>
+#include <array>
 #include <initializer_list>
 #include <utility>
 
@@ -90,17 +90,25 @@ std::string RawList(const std::vector<std::string_view>& zvItemNumbers) {
   return zList + ")";
 }
 
+// Runs the last step of an operation whose others stand whatever becomes of it: its failure begins by saying
+// so.
+template <typename Step>
+void AfterAll(const char* zvWhatStands, Step step) {
+  try {
+    step();
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(), zvWhatStands + failure.Description());
+  }
+}
+
 }  // namespace
 
-// Counts an operation in and out; at the end of the outermost one the connection is closed.
+// Counts an operation in and out. The outermost one begins on a connection of its own: lines still being read
+// on the last one would hold it in a state of the store that is old by now, in which nothing can be written.
 class Database::Frame {
  public:
-  explicit Frame(Database& database) : m_oDatabase(database) { ++m_oDatabase.m_lFrames; }
-  ~Frame() {
-    if (--m_oDatabase.m_lFrames == 0 && !m_bKeepOpen) {
-      m_oDatabase.CloseConnection();
-    }
-  }
+  explicit Frame(Database& database) : m_oDatabase(database) { m_oDatabase.Enter(); }
+  ~Frame() { m_oDatabase.Leave(m_bKeepOpen); }
   Frame(const Frame&) = delete;
   Frame& operator=(const Frame&) = delete;
 
@@ -113,15 +121,18 @@ class Database::Frame {
 };
 
 Database::WriteUnit::WriteUnit(Database& database) : m_oDatabase(database) {
-  m_oTransaction.emplace(database.Connection());
-  ++m_oDatabase.m_lFrames;
+  m_oDatabase.Enter();
+  try {
+    m_oTransaction.emplace(database.Connection());
+  } catch (...) {
+    m_oDatabase.Leave(false);
+    throw;
+  }
 }
 
 Database::WriteUnit::~WriteUnit() {
   m_oTransaction.reset();
-  if (--m_oDatabase.m_lFrames == 0) {
-    m_oDatabase.CloseConnection();
-  }
+  m_oDatabase.Leave(false);
 }
 
 void Database::WriteUnit::Commit() {
@@ -135,6 +146,18 @@ ado::Connection& Database::Connection() {
   return m_oConnection;
 }
 
+void Database::Enter() noexcept {
+  if (m_lFrames++ == 0) {
+    CloseConnection();
+  }
+}
+
+void Database::Leave(bool bvKeepOpen) noexcept {
+  if (--m_lFrames == 0 && !bvKeepOpen) {
+    CloseConnection();
+  }
+}
+
 void Database::CloseConnection() noexcept {
   m_oConnection.Close();
 }
@@ -142,9 +165,8 @@ void Database::CloseConnection() noexcept {
 void Database::RefuseQuotes(const std::string& zvSQL, const std::vector<std::string_view>& zvRawTexts) {
   for (const std::string_view zText : zvRawTexts) {
     if (zText.find('\'') != std::string_view::npos) {
-      Connection().Refuse(zvSQL,
-                          "The text \"" + std::string(zText) +
-                              "\" holds a quote, which this statement cannot take; nothing was changed.");
+      Connection().Refuse(zvSQL, "The text \"" + std::string(zText) +
+                                     "\" holds a quote, which this statement cannot take; it was not run.");
     }
   }
 }
@@ -280,14 +302,9 @@ void Database::OrderDetails_SaveSummary(const OrderHeader& oHeader) {
                              {"zCCComment4", Escaped(oHeader.CCComment4)},
                          }) +
                          " where lOrderID = " + Number(oHeader.OrderID));
-    try {
-      SaveDefaults(oHeader);
-    } catch (const Failure& failure) {
-      throw Failure(
-          failure.Number(),
-          "The order itself is saved, but its details could not be kept as the defaults of the next order: " +
-              failure.Description());
-    }
+    AfterAll(
+        "The order itself is saved, but its details could not be kept as the defaults of the next order: ",
+        [&] { SaveDefaults(oHeader); });
   });
 }
 
@@ -374,7 +391,8 @@ void Database::OrderDetails_AddItem(std::int32_t lvOrderID, const std::string& z
                    ", ") +
             ")",
         {zvUsuallyShips});
-    Order_UpdateTotalPrice(lvOrderID);
+    AfterAll("The line is stored, but the order's total could not be brought up to date: ",
+             [&] { Order_UpdateTotalPrice(lvOrderID); });
   });
 }
 
@@ -522,7 +540,10 @@ void Database::OrderDetails_SaveToHistory(std::int32_t lvOrderID) {
                            " where lOrderID = " + Number(lvOrderID));
       unit.Commit();
     }
-    CreateCurrentOrder();
+    AfterAll(
+        "The order is submitted, but the next one could not be created; loading the current order tries "
+        "again: ",
+        [&] { CreateCurrentOrder(); });
     ClearError(m_oError);
   });
 }

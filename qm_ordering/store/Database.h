@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -165,6 +164,8 @@ class Database {
   class Frame;
 
   ado::Connection& Connection();
+  void Enter() noexcept;
+  void Leave(bool bvKeepOpen) noexcept;
 
   // Runs a statement that holds these raw texts.
   void ExecuteRaw(const std::string& zvSQL, const std::vector<std::string_view>& zvRawTexts);
@@ -180,8 +181,8 @@ class Database {
 
   ErrorInfo m_oError;
   ado::Connection m_oConnection;
-  int m_lFrames =
-      0;  // operations and units under way, one inside the other; the outermost closes the connection
+  // Operations and units under way, one inside the other; the outermost closes the connection.
+  int m_lFrames = 0;
 };
 
 }  // namespace qm_ordering

@@ -9,6 +9,7 @@
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/value/Currency.h"
+#include "qm_ordering/platform/value/CurrencySum.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/store/Schema.h"
 
@@ -28,27 +29,41 @@ void CheckCurrentOrder(ado::Connection& connection, std::vector<std::string>& fi
   }
 }
 
+// What the unique indexes keep out as long as they are there.
+void CheckNames(ado::Connection& connection, std::vector<std::string>& findings) {
+  const auto orders = connection.Execute(
+      "select lOrderID, zItemNumber, count(*) from tblOrderItem group by lOrderID, zItemNumber "
+      "having count(*) > 1 order by lOrderID");
+  for (; !orders->AtEnd(); orders->MoveNext()) {
+    findings.push_back("order " + orders->Fields(0).Value().ToString() + ": the item " +
+                       orders->Fields(1).Value().ToString() + " is in it " +
+                       orders->Fields(2).Value().ToString() + " times");
+  }
+  const auto names =
+      connection.Execute("select zName, count(*) from tblPersonalList group by zName having count(*) > 1");
+  for (; !names->AtEnd(); names->MoveNext()) {
+    findings.push_back("the lists: " + names->Fields(1).Value().ToString() + " of them have the name " +
+                       names->Fields(0).Value().ToString());
+  }
+  const auto lists = connection.Execute(
+      "select lListID, zItemNumber, count(*) from tblPersonalListItem group by lListID, zItemNumber "
+      "having count(*) > 1 order by lListID");
+  for (; !lists->AtEnd(); lists->MoveNext()) {
+    findings.push_back("list " + lists->Fields(0).Value().ToString() + ": the item " +
+                       lists->Fields(1).Value().ToString() + " is in it " +
+                       lists->Fields(2).Value().ToString() + " times");
+  }
+}
+
 // Each order's lines are summed here and not by the store, so that a sum out of range is a finding and not
 // the end of the check.
 void CheckTotals(ado::Connection& connection, std::vector<std::string>& findings) {
-  struct Sum {
-    Currency Amount;
-    bool Overflows = false;
-  };
-  std::map<std::int32_t, Sum> sums;
+  std::map<std::int32_t, CurrencySum> sums;
   const auto lines = connection.Execute("select lOrderID, cExtendedPrice from tblOrderItem");
   const ado::Field lineOrder = lines->Fields("lOrderID");
   const ado::Field extendedPrice = lines->Fields("cExtendedPrice");
   for (; !lines->AtEnd(); lines->MoveNext()) {
-    Sum& sum = sums[lineOrder.Value().ToInteger()];
-    try {
-      sum.Amount += extendedPrice.Value().ToCurrency();
-    } catch (const Failure& failure) {
-      if (failure.Number() != failure::kOverflow) {
-        throw;
-      }
-      sum.Overflows = true;
-    }
+    sums[lineOrder.Value().ToInteger()].Add(extendedPrice.Value().ToCurrency());
   }
   const auto orders = connection.Execute("select lOrderID, cTotalPrice from tblOrder order by lOrderID");
   const ado::Field order = orders->Fields("lOrderID");
@@ -56,14 +71,13 @@ void CheckTotals(ado::Connection& connection, std::vector<std::string>& findings
   for (; !orders->AtEnd(); orders->MoveNext()) {
     const std::int32_t lOrderID = order.Value().ToInteger();
     const Currency cTotal = total.Value().ToCurrency();
-    const auto found = sums.find(lOrderID);
-    const Sum sum = found == sums.end() ? Sum() : found->second;
-    if (sum.Overflows) {
+    const std::optional<Currency> cSum = sums[lOrderID].Total();
+    if (!cSum) {
       findings.push_back("order " + std::to_string(lOrderID) +
                          ": the sum of its lines is beyond the range of money");
-    } else if (sum.Amount != cTotal) {
+    } else if (*cSum != cTotal) {
       findings.push_back("order " + std::to_string(lOrderID) + ": its total is " + cTotal.ToString() +
-                         ", its lines add up to " + sum.Amount.ToString());
+                         ", its lines add up to " + cSum->ToString());
     }
   }
 }
@@ -86,9 +100,15 @@ std::vector<std::string> CheckOrderStore() {
   connection.Open(ConnectionString());
   const ado::Transaction oneState(connection, ado::TransactionKind::Read);
   std::vector<std::string> findings = connection.CheckIntegrity(kSchemaScript);
-  if (findings.empty()) {
-    CheckCurrentOrder(connection, findings);
-    CheckTotals(connection, findings);
+  for (const auto check : {CheckCurrentOrder, CheckNames, CheckTotals}) {
+    try {
+      check(connection, findings);
+    } catch (const Failure&) {
+      // A store that is not whole may have no answer to further questions.
+      if (findings.empty()) {
+        throw;
+      }
+    }
   }
   return findings;
 }

@@ -17,10 +17,10 @@ QM_ORDERING_API void CreateOrderStore(const std::string& zvFolder);
 QM_ORDERING_API std::string OrderStorePath();
 
 // Examines this thread's store and changes nothing: the file by the engine's own check, the schema, at most
-// one current order, and each order's total against the sum of its lines. Answers a finding each, in words,
-// empty when all is well. Reads one state of the store, so other programs may go on working. Runs the
-// thread's start-up. Raises what opening and reading the store raises (-2147467259 for a store that is
-// missing, locked or unreadable).
+// one current order, no item twice in an order or list, no two lists of one name, and each order's total
+// against the sum of its lines. Answers a finding each, in words, empty when all is well. Reads one state of
+// the store, so other programs may go on working. Runs the thread's start-up. Raises what opening and reading
+// the store raises (-2147467259 for a store that is missing, locked or unreadable).
 QM_ORDERING_API std::vector<std::string> CheckOrderStore();
 
 }  // namespace qm_ordering

@@ -201,6 +201,15 @@ TEST_F(OrderDetailsLoad, CreatesTheCurrentOrderFromTheDefaultsInAnEmptyStore) {
   EXPECT_TRUE(order.OrderInformation()->IsTaxExempt());
 }
 
+TEST_F(OrderDetailsLoad, CreatesAnOrderWithoutNullNumbersAndFlags) {
+  LoadCurrent();
+  for (const auto& field : HeaderFields()) {
+    if (!field.Column.starts_with("z") && !field.Column.starts_with("dat")) {
+      EXPECT_NE(StoredHeader(field.Column), "NULL") << field.Column;
+    }
+  }
+}
+
 TEST_F(OrderDetailsLoad, CreatesOneCurrentOrderAndNoMore) {
   LoadCurrent();
   const auto oAgain = LoadCurrent();

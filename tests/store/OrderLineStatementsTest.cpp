@@ -19,8 +19,6 @@ using test::Money;
 using test::RaisedNumber;
 using test::Row;
 using test::Rows;
-using test::SavedLine;
-using test::SaveLine;
 using Texts = std::vector<std::string>;
 
 class OrderLineStatements : public test::DatabaseFixture {
@@ -693,7 +691,7 @@ TEST_F(OrderLineStatements, ReadingTheLinesInEachOfTheSevenOrders) {
   EXPECT_EQ(14u, Trace.Statements().size());
 }
 
-TEST_F(OrderLineStatements, TheTextsThatReadTheLinesInFull) {
+TEST_F(OrderLineStatements, TheTextsThatReadTheLines) {
   static_cast<void>(Database.OrderDetails_GetItems(-1, 0, false));
   static_cast<void>(Database.OrderDetails_GetItems(12, 2, false));
   static_cast<void>(Database.OrderDetails_GetItems(12, 2, true));
@@ -705,17 +703,11 @@ TEST_F(OrderLineStatements, TheTextsThatReadTheLinesInFull) {
 }
 
 TEST_F(OrderLineStatements, LinesThatAreEqualInTheFirstKeyComeByTheirItemNumber) {
-  for (const char* zItem : {"b", "A", "C", "\xC3\xA9",
-                            "\xC3\x89"
-                            "a",
-                            "a0"}) {
+  for (const char* zItem : {"b", "A", "C", "\u00E9", "\u00C9a", "a0"}) {
     AddLine(12, zItem);
   }
   for (std::int32_t lSortType = 1; lSortType < 7; ++lSortType) {
-    EXPECT_EQ(
-        "A a0 b C \xC3\xA9 \xC3\x89"
-        "a ",
-        ItemNumbers(*Database.OrderDetails_GetItems(12, lSortType, false)))
+    EXPECT_EQ("A a0 b C \u00E9 \u00C9a ", ItemNumbers(*Database.OrderDetails_GetItems(12, lSortType, false)))
         << lSortType;
   }
 }

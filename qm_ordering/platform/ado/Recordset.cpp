@@ -90,7 +90,7 @@ class LiveRecordset : public Recordset {
 
  private:
   void RequireOpen() const {
-    if (m_oCursor == nullptr) {
+    if (m_oCursor == nullptr || !m_oCursor->IsOpen()) {
       RaiseClosed();
     }
   }

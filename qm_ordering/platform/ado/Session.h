@@ -17,8 +17,10 @@ namespace qm_ordering::ado {
 class Cursor {
  public:
   virtual ~Cursor() = default;
+  // False once its session has ended.
+  virtual bool IsOpen() const noexcept = 0;
   virtual const std::vector<std::string>& Columns() const = 0;
-  // Moves to the next row, at first to the first one; false behind the last.
+  // Moves to the next row, at first to the first one; false behind the last. A failure closes the cursor.
   virtual bool Next() = 0;
   // A column's value in the current row, in the kind of the column: Null, Integer, Boolean, Currency, Date,
   // String.

@@ -35,7 +35,8 @@ void SetStatementTrace(std::function<void(const std::string& zvSQL)> trace) {
 
 void ado::TraceStatement(const std::string& zvSQL) {
   if (TraceToStderr()) {
-    std::fprintf(stderr, "%s\n", zvSQL.c_str());
+    const std::string zLine = zvSQL + "\n";
+    std::fwrite(zLine.data(), 1, zLine.size(), stderr);
   }
   const Trace* pTrace = PerThread<Trace>::Get();
   if (pTrace == nullptr || !pTrace->Show) {

@@ -37,7 +37,8 @@ thread_local Clock* t_oInstalled = nullptr;
 }  // namespace
 
 Clock& Current() {
-  static SystemClock system;
+  // Never destroyed: threads may outlive main.
+  static SystemClock& system = *new SystemClock();
   return t_oInstalled != nullptr ? *t_oInstalled : system;
 }
 

@@ -161,6 +161,19 @@ std::string Unquoted(std::string_view zvText) {
   throw kNotClosed;
 }
 
+void CheckKey(std::string_view zvKey) {
+  const bool bFits = !zvKey.empty() && TrimBlanks(zvKey) == zvKey &&
+                     kNoKeyBegins.find(zvKey.front()) == std::string_view::npos &&
+                     !zvKey.starts_with(kByteOrderMark) && zvKey.find('=') == std::string_view::npos &&
+                     !HoldsControls(zvKey) && !text::FindBrokenUTF8(zvKey);
+  if (!bFits) {
+    throw Failure(
+        failure::kInvalidCall,
+        "A settings file cannot hold a key that is empty, begins with # ; or [, begins or ends with a "
+        "blank, or holds \"=\", control characters or text that is not UTF-8.");
+  }
+}
+
 }  // namespace
 
 SettingsText::SettingsText(std::string_view zvText, const std::string& zvFile) {
@@ -270,19 +283,6 @@ std::string SettingsText::Text() const {
     zText += line.zEnd;
   }
   return zText;
-}
-
-void SettingsText::CheckKey(std::string_view zvKey) {
-  const bool bFits = !zvKey.empty() && TrimBlanks(zvKey) == zvKey &&
-                     kNoKeyBegins.find(zvKey.front()) == std::string_view::npos &&
-                     !zvKey.starts_with(kByteOrderMark) && zvKey.find('=') == std::string_view::npos &&
-                     !HoldsControls(zvKey) && !text::FindBrokenUTF8(zvKey);
-  if (!bFits) {
-    throw Failure(
-        failure::kInvalidCall,
-        "A settings file cannot hold a key that is empty, begins with # ; or [, begins or ends with a "
-        "blank, or holds \"=\", control characters or text that is not UTF-8.");
-  }
 }
 
 }  // namespace qm_ordering::settings

@@ -17,15 +17,13 @@ class SettingsText {
 
   // The value of the key; empty when the text has no such key.
   std::string Get(std::string_view zvKey) const;
-  // Changes the key's line, or adds one at the end. Raises failure::kInvalidCall as CheckKey does.
+  // Changes the key's line, or adds one at the end. Raises failure::kInvalidCall for a key that no line
+  // can hold.
   void Set(std::string_view zvKey, std::string_view zvValue);
   // The keys in the order and spelling of the text.
   std::vector<std::string> Keys() const;
   // The whole text. It is the one that was parsed unless Set changed a value.
   std::string Text() const;
-
-  // Raises failure::kInvalidCall for a key that no line can hold.
-  static void CheckKey(std::string_view zvKey);
 
  private:
   struct Line {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 
+#include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/text/Unicode.h"
 
 namespace qm_ordering::text {
@@ -80,16 +81,24 @@ NumberSigns ReadSigns(const std::string& zvName) {
   return {*point, *separator, zGrouping};
 }
 
+// The signs of the locale that was asked for last.
+struct KnownSigns {
+  std::string Name;
+  NumberSigns Signs;
+};
+
 // Environment variables can change between two calls; reading a locale costs much more than comparing a name.
-const NumberSigns& CurrentSigns() {
-  thread_local std::string zLastName;
-  thread_local NumberSigns signs;
+NumberSigns CurrentSigns() {
   const std::string zName = LocaleName();
-  if (zName != zLastName) {
-    signs = ReadSigns(zName);
-    zLastName = zName;
+  KnownSigns* pKnown = PerThread<KnownSigns>::Get();
+  if (pKnown == nullptr) {
+    return ReadSigns(zName);
   }
-  return signs;
+  if (zName != pKnown->Name) {
+    pKnown->Signs = ReadSigns(zName);
+    pKnown->Name = zName;
+  }
+  return pKnown->Signs;
 }
 
 std::string Group(const std::string& zvDigits, const NumberSigns& signs) {
@@ -122,7 +131,7 @@ std::string FormatAmount(Currency cvAmount) {
   const std::uint64_t lMagnitude =
       lScaled < 0 ? 0 - static_cast<std::uint64_t>(lScaled) : static_cast<std::uint64_t>(lScaled);
   const std::uint64_t lHundredths = (lMagnitude + 50) / 100;
-  const NumberSigns& signs = CurrentSigns();
+  const NumberSigns signs = CurrentSigns();
   const std::string zDecimals = std::to_string(lHundredths % 100);
   return (lScaled < 0 && lHundredths != 0 ? "-" : "") + Group(std::to_string(lHundredths / 100), signs) +
          signs.zPoint + std::string(2 - zDecimals.size(), '0') + zDecimals;

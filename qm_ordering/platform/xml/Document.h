@@ -41,7 +41,6 @@ class Document {
  private:
   friend class Element;
   struct Tree;
-  explicit Document(std::shared_ptr<Tree> oTree);
   std::shared_ptr<Tree> m_oTree;
 };
 

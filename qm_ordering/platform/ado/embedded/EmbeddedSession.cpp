@@ -132,11 +132,12 @@ class EmbeddedCursor : public Cursor {
     m_oOwner->m_oCursors.push_back(this);
   }
   ~EmbeddedCursor() override {
-    if (m_oOwner != nullptr) {
-      std::erase(m_oOwner->m_oCursors, this);
-      End();
+    if (IsOpen()) {
+      Leave();
     }
   }
+
+  bool IsOpen() const noexcept override { return m_oOwner != nullptr; }
 
   const std::vector<std::string>& Columns() const override {
     RequireOpen();
@@ -145,12 +146,16 @@ class EmbeddedCursor : public Cursor {
 
   bool Next() override {
     RequireOpen();
+    m_oOwner->m_oSession->RequireOwnProcess();
     const int lResult = sqlite3_step(m_oStatement->Handle.get());
     if (lResult == SQLITE_ROW) {
       return true;
     }
     if (lResult != SQLITE_DONE) {
-      m_oOwner->m_oSession->RaiseAnswer(lResult);
+      const Failure failure = m_oOwner->m_oSession->Answer(lResult);
+      // Another step would begin the query anew.
+      Leave();
+      throw failure;
     }
     // Ends the read at once: a reader that stands at the end would keep the log from being brought into the
     // file.
@@ -170,8 +175,13 @@ class EmbeddedCursor : public Cursor {
   }
 
  private:
+  void Leave() noexcept {
+    std::erase(m_oOwner->m_oCursors, this);
+    End();
+  }
+
   void RequireOpen() const {
-    if (m_oOwner == nullptr) {
+    if (!IsOpen()) {
       throw Failure(failure::kClosedObject,
                     "The result set is closed: its connection was closed or used again.");
     }
@@ -190,7 +200,6 @@ EmbeddedSession::~EmbeddedSession() {
   }
 }
 
-// Binds the values; a statement that cannot take them goes back to those kept.
 void Bind(PooledSession& session, const Prepared& statement, const std::vector<Parameter>& parameters) {
   int lPosition = 1;
   for (const Parameter& parameter : parameters) {
@@ -204,7 +213,7 @@ void Bind(PooledSession& session, const Prepared& statement, const std::vector<P
       lResult = sqlite3_bind_null(statement.Handle.get(), lPosition);
     }
     if (lResult != SQLITE_OK) {
-      session.RaiseAnswer(lResult);
+      throw session.Answer(lResult);
     }
     ++lPosition;
   }
@@ -223,7 +232,7 @@ std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
   }
   const int lResult = sqlite3_step(statement->Handle.get());
   if (lResult != SQLITE_DONE) {
-    m_oSession->RaiseAnswer(lResult);
+    throw m_oSession->Answer(lResult);
   }
   m_oSession->Keep(std::move(statement));
   return nullptr;
@@ -247,7 +256,7 @@ Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
     oKeyset.Rows.push_back(std::move(row));
   }
   if (lResult != SQLITE_DONE) {
-    m_oSession->RaiseAnswer(lResult);
+    throw m_oSession->Answer(lResult);
   }
   m_oSession->Keep(std::move(statement));
   return oKeyset;
@@ -296,7 +305,7 @@ void EmbeddedSession::WriteRow(const Keyset& oKeyset, const Keyset::Row& row) {
   std::unique_ptr<Prepared> statement = Start(translation);
   const int lResult = sqlite3_step(statement->Handle.get());
   if (lResult != SQLITE_DONE) {
-    m_oSession->RaiseAnswer(lResult);
+    throw m_oSession->Answer(lResult);
   }
   m_oSession->Keep(std::move(statement));
   if (sqlite3_changes64(m_oSession->Database()) != 1) {
@@ -347,7 +356,7 @@ void EmbeddedSession::Commit() {
 }
 
 void EmbeddedSession::Rollback() noexcept {
-  if (sqlite3_get_autocommit(m_oSession->Database()) == 0) {
+  if (m_oSession->IsOfThisProcess() && sqlite3_get_autocommit(m_oSession->Database()) == 0) {
     sqlite3_exec(m_oSession->Database(), "ROLLBACK", nullptr, nullptr, nullptr);
   }
 }
@@ -363,22 +372,30 @@ void EmbeddedSession::AddFindings(const std::string& zvQuery, std::vector<std::s
     findings.emplace_back(pText == nullptr ? "" : pText);
   }
   if (lResult != SQLITE_DONE) {
-    m_oSession->RaiseAnswer(lResult);
+    throw m_oSession->Answer(lResult);
   }
 }
 
 std::vector<std::string> EmbeddedSession::CheckIntegrity(const std::string& zvSchemaScript) {
   std::vector<std::string> findings;
-  AddFindings(
-      "select 'the file: ' || integrity_check from pragma_integrity_check where integrity_check <> 'ok'",
-      findings);
-  AddFindings(
-      "select 'the table ' || \"table\" || ': row ' || rowid || ' belongs to no row of ' || parent from "
-      "pragma_foreign_key_check",
-      findings);
-  if (DescribeSchema(m_oSession->Database(), m_oSession->Path()) != DescribeSchemaOfScript(zvSchemaScript)) {
-    findings.emplace_back(
-        "the schema: its tables, indexes or stored queries are not those that the library makes");
+  try {
+    AddFindings(
+        "select 'the file: ' || integrity_check from pragma_integrity_check where integrity_check <> 'ok'",
+        findings);
+    AddFindings(
+        "select 'the table ' || \"table\" || ': row ' || rowid || ' belongs to no row of ' || parent from "
+        "pragma_foreign_key_check",
+        findings);
+    if (DescribeSchema(m_oSession->Database(), m_oSession->Path()) !=
+        DescribeSchemaOfScript(zvSchemaScript)) {
+      findings.emplace_back(
+          "the schema: its tables, indexes or stored queries are not those that the library makes");
+    }
+  } catch (const Failure&) {
+    // A damaged file may have no answer to further questions.
+    if (findings.empty()) {
+      throw;
+    }
   }
   return findings;
 }

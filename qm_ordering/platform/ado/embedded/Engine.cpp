@@ -4,6 +4,7 @@
 
 #include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/text/Unicode.h"
+#include "qm_ordering/platform/value/CurrencySum.h"
 
 namespace qm_ordering::ado::embedded {
 
@@ -13,6 +14,37 @@ int CompareTexts(void*, int lvLeft, const void* pLeft, int lvRight, const void* 
   const std::string_view zLeft(static_cast<const char*>(pLeft), static_cast<std::size_t>(lvLeft));
   const std::string_view zRight(static_cast<const char*>(pRight), static_cast<std::size_t>(lvRight));
   return text::CompareFolded(zLeft, zRight);
+}
+
+void AddToSum(sqlite3_context* pContext, int, sqlite3_value** pValues) {
+  const int lType = sqlite3_value_type(pValues[0]);
+  if (lType == SQLITE_NULL) {
+    return;
+  }
+  if (lType != SQLITE_INTEGER) {
+    sqlite3_result_error_code(pContext, SQLITE_MISMATCH);
+    return;
+  }
+  // The engine hands out the memory with all bits zero.
+  auto* pSum = static_cast<CurrencySum*>(sqlite3_aggregate_context(pContext, sizeof(CurrencySum)));
+  if (pSum == nullptr) {
+    sqlite3_result_error_nomem(pContext);
+    return;
+  }
+  pSum->Add(Currency::FromScaled(sqlite3_value_int64(pValues[0])));
+}
+
+void EndSum(sqlite3_context* pContext) {
+  const auto* pSum = static_cast<const CurrencySum*>(sqlite3_aggregate_context(pContext, 0));
+  if (pSum == nullptr) {
+    sqlite3_result_null(pContext);
+    return;
+  }
+  if (const std::optional<Currency> cTotal = pSum->Total()) {
+    sqlite3_result_int64(pContext, cTotal->Scaled());
+  } else {
+    sqlite3_result_error(pContext, "integer overflow", -1);
+  }
 }
 
 std::string Advice(int lvPrimary) {
@@ -99,6 +131,14 @@ void RunScript(sqlite3* db, const std::string& zvScript, const std::string& zvPa
 void AddTextCollation(sqlite3* db, const std::string& zvPath) {
   const int lResult =
       sqlite3_create_collation_v2(db, kTextCollation, SQLITE_UTF8, nullptr, CompareTexts, nullptr);
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(db, lResult, zvPath);
+  }
+}
+
+void AddExactSum(sqlite3* db, const std::string& zvPath) {
+  const int lResult = sqlite3_create_function_v2(db, "sum", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr,
+                                                 nullptr, AddToSum, EndSum, nullptr);
   if (lResult != SQLITE_OK) {
     throw EngineFailure(db, lResult, zvPath);
   }

@@ -33,6 +33,11 @@ void RunScript(sqlite3* db, const std::string& zvScript, const std::string& zvPa
 inline constexpr const char* kTextCollation = "LETTERS";
 void AddTextCollation(sqlite3* db, const std::string& zvPath);
 
+// Puts a sum() in the place of the engine's own, which fails when it leaves the range on its way, so that it
+// depended on the order of the rows. This one fails ("integer overflow") when the sum itself is beyond it. It
+// takes whole numbers and nulls.
+void AddExactSum(sqlite3* db, const std::string& zvPath);
+
 // Reads one text from the first column of the first row; empty when there is none.
 std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath);
 

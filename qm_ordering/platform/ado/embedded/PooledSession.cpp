@@ -24,14 +24,18 @@ constexpr int kCheckpointPages = 256;
 std::atomic<pid_t> g_lProcess{0};
 std::atomic<int> g_lOpenSessions{0};
 
-void RequireOwnProcess(const std::string& zvPath) {
+[[noreturn]] void RaiseForked(const std::string& zvPath) {
+  throw Failure(failure::kStoreUnavailable, "The order store " + zvPath +
+                                                " cannot be used in a process that was forked while the "
+                                                "store was open. Start a program of its own (exec) for "
+                                                "this work.");
+}
+
+void RequireNoSessionFromBeforeTheFork(const std::string& zvPath) {
   const pid_t lProcess = getpid();
   if (g_lProcess.load() != lProcess) {
     if (g_lOpenSessions.load() > 0) {
-      throw Failure(failure::kStoreUnavailable,
-                    "The order store " + zvPath +
-                        " cannot be opened in a process that was forked while the store was open. Start a "
-                        "program of its own (exec) for this work.");
+      RaiseForked(zvPath);
     }
     g_lProcess.store(lProcess);
   }
@@ -54,7 +58,7 @@ bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_v
 
 PooledSession::PooledSession(const std::string& zvPath)
     : m_zPath(zvPath), m_lProcess(getpid()), m_lCheckpointAt(kCheckpointPages) {
-  RequireOwnProcess(zvPath);
+  RequireNoSessionFromBeforeTheFork(zvPath);
   RequireOrdinaryFile(zvPath);
   struct stat status {};
   if (stat(zvPath.c_str(), &status) == 0) {
@@ -70,9 +74,14 @@ PooledSession::PooledSession(const std::string& zvPath)
     throw EngineFailure(pDatabase, lResult, zvPath);
   }
   RequireOrderStore(pDatabase, zvPath);
+  m_zLogIndexPath = EngineName() + std::string("-shm");
+  LetLogBeWritten();
   Configure();
   LoadColumnKinds();
   RebuildTextIndexesIfFoldingChanged();
+  if (stat(LogName(), &status) == 0) {
+    m_lLogInode = status.st_ino;
+  }
   m_oKinds = [this](std::string_view zvColumn) -> std::optional<ColumnKind> {
     const auto found = m_oColumnKinds.find(zvColumn);
     return found == m_oColumnKinds.end() ? std::nullopt : std::optional(found->second);
@@ -81,8 +90,7 @@ PooledSession::PooledSession(const std::string& zvPath)
 }
 
 PooledSession::~PooledSession() {
-  if (m_lProcess != getpid()) {
-    // The engine's handles belong to the process that this one was forked from: they are left alone.
+  if (!IsOfThisProcess()) {
     for (const auto& statement : m_oStatements) {
       static_cast<void>(statement->Handle.release());
     }
@@ -91,8 +99,50 @@ PooledSession::~PooledSession() {
   }
   m_oStatementsByText.clear();
   m_oStatements.clear();
-  if (m_oKinds) {
-    --g_lOpenSessions;
+  if (!IsFileAt(EngineName())) {
+    TakeLogAway();
+  }
+  --g_lOpenSessions;
+}
+
+const char* PooledSession::EngineName() const noexcept {
+  return sqlite3_db_filename(Database(), "main");
+}
+
+const char* PooledSession::LogName() const noexcept {
+  return sqlite3_filename_wal(EngineName());
+}
+
+bool PooledSession::IsFileAt(const char* zvPath) const noexcept {
+  struct stat status {};
+  return stat(zvPath, &status) == 0 && status.st_dev == m_lDevice && status.st_ino == m_lInode;
+}
+
+// The file is no longer where it was opened, its log still is: the engine would read it into the next store
+// there, whichever that is. What the log holds goes into the file that it belongs to, and the log goes.
+void PooledSession::TakeLogAway() noexcept {
+  const int lResult =
+      sqlite3_wal_checkpoint_v2(Database(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+  struct stat log {};
+  if ((lResult == SQLITE_OK || lResult == SQLITE_BUSY) && stat(LogName(), &log) == 0 &&
+      log.st_dev == m_lDevice && log.st_ino == m_lLogInode) {
+    unlink(LogName());
+    unlink(m_zLogIndexPath.c_str());
+  }
+}
+
+// The engine gives the log and its index the permissions that the store has when it makes them. Those from a
+// time when the store was read-only would keep it so for good.
+void PooledSession::LetLogBeWritten() noexcept {
+  struct stat store {};
+  if (stat(EngineName(), &store) != 0) {
+    return;
+  }
+  for (const char* zBeside : {LogName(), m_zLogIndexPath.c_str()}) {
+    struct stat beside {};
+    if (stat(zBeside, &beside) == 0 && (store.st_mode & ~beside.st_mode & S_IRWXU) != 0) {
+      chmod(zBeside, store.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO));
+    }
   }
 }
 
@@ -102,6 +152,7 @@ void PooledSession::Configure() {
   sqlite3_db_config(db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   AddTextCollation(db, m_zPath);
+  AddExactSum(db, m_zPath);
   RunScript(db,
             "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; pragma "
             "cell_size_check = "
@@ -157,14 +208,21 @@ void PooledSession::RebuildTextIndexesIfFoldingChanged() {
 }
 
 bool PooledSession::IsUsable() const {
-  if (m_bBroken || m_lProcess != getpid()) {
-    return false;
+  return !m_bBroken && IsOfThisProcess() && IsFileAt(m_zPath.c_str());
+}
+
+bool PooledSession::IsOfThisProcess() const noexcept {
+  return m_lProcess == getpid();
+}
+
+void PooledSession::RequireOwnProcess() const {
+  if (!IsOfThisProcess()) {
+    RaiseForked(m_zPath);
   }
-  struct stat status {};
-  return stat(m_zPath.c_str(), &status) == 0 && status.st_dev == m_lDevice && status.st_ino == m_lInode;
 }
 
 std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation) {
+  RequireOwnProcess();
   const auto kept = m_oStatementsByText.find(translation.Text);
   if (kept != m_oStatementsByText.end()) {
     std::unique_ptr<Prepared> statement = std::move(*kept->second);
@@ -179,7 +237,7 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
                          translation.VariableLength ? 0 : SQLITE_PREPARE_PERSISTENT, &pStatement, nullptr);
   statement->Handle.reset(pStatement);
   if (lResult != SQLITE_OK) {
-    RaiseAnswer(lResult);
+    throw Answer(lResult);
   }
   if (!translation.VariableLength) {
     statement->Text = translation.Text;
@@ -202,6 +260,10 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
 }
 
 void PooledSession::Keep(std::unique_ptr<Prepared> statement) noexcept {
+  if (!IsOfThisProcess()) {
+    static_cast<void>(statement->Handle.release());
+    return;
+  }
   sqlite3_reset(statement->Handle.get());
   sqlite3_clear_bindings(statement->Handle.get());
   if (statement->Text.empty() || m_bBroken) {
@@ -230,17 +292,16 @@ void PooledSession::Run(const char* zvText) {
   auto statement = Prepare(translation);
   const int lResult = sqlite3_step(statement->Handle.get());
   if (lResult != SQLITE_DONE) {
-    const Failure failure = EngineFailure(Database(), lResult, m_zPath);
-    m_bBroken = m_bBroken || IsFatal(lResult);
+    const Failure failure = Answer(lResult);
     Keep(std::move(statement));
     throw failure;
   }
   Keep(std::move(statement));
 }
 
-void PooledSession::RaiseAnswer(int lvResult) {
+Failure PooledSession::Answer(int lvResult) {
   m_bBroken = m_bBroken || IsFatal(lvResult);
-  throw EngineFailure(Database(), lvResult, m_zPath);
+  return EngineFailure(Database(), lvResult, m_zPath);
 }
 
 int PooledSession::AfterCommit(void* pSession, sqlite3*, const char*, int lvPages) {
@@ -249,7 +310,7 @@ int PooledSession::AfterCommit(void* pSession, sqlite3*, const char*, int lvPage
 }
 
 void PooledSession::Rest() noexcept {
-  if (m_bBroken) {
+  if (m_bBroken || !IsOfThisProcess()) {
     return;
   }
   if (sqlite3_get_autocommit(Database()) == 0 &&

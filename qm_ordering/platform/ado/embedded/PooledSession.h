@@ -43,7 +43,13 @@ class PooledSession {
   // the path, or this process is a fork of the one that opened it.
   bool IsUsable() const;
 
-  // A statement ready to be bound, from those kept or new.
+  // False in a fork of the process that opened the session. The session is that process's there: it is not
+  // used, and nothing of it is ended.
+  bool IsOfThisProcess() const noexcept;
+  // Raises kStoreUnavailable in such a fork.
+  void RequireOwnProcess() const;
+
+  // A statement ready to be bound, from those kept or new. Requires the own process.
   std::unique_ptr<Prepared> Prepare(const Translation& translation);
   // Takes a statement back.
   void Keep(std::unique_ptr<Prepared> statement) noexcept;
@@ -51,8 +57,8 @@ class PooledSession {
   // Runs a text of our own without values or rows: BEGIN, COMMIT, ROLLBACK.
   void Run(const char* zvText);
 
-  // Raises the failure for an answer of the engine, and remembers a fatal one.
-  [[noreturn]] void RaiseAnswer(int lvResult);
+  // The failure for an answer of the engine; a fatal one is remembered.
+  Failure Answer(int lvResult);
   // Brings the log into the file when it has grown; called when nothing runs.
   void Rest() noexcept;
 
@@ -68,14 +74,22 @@ class PooledSession {
   using StatementList = std::list<std::unique_ptr<Prepared>>;
 
   static int AfterCommit(void* pSession, sqlite3*, const char*, int lvPages);
+  // The names of the file and its log by which the engine opened them: without symbolic links.
+  const char* EngineName() const noexcept;
+  const char* LogName() const noexcept;
+  bool IsFileAt(const char* zvPath) const noexcept;
+  void TakeLogAway() noexcept;
+  void LetLogBeWritten() noexcept;
   void Configure();
   void LoadColumnKinds();
   void RebuildTextIndexesIfFoldingChanged();
 
   std::string m_zPath;
+  std::string m_zLogIndexPath;
   pid_t m_lProcess;
   dev_t m_lDevice = 0;
   ino_t m_lInode = 0;
+  ino_t m_lLogInode = 0;
   DatabaseHandle m_oDatabase;
   bool m_bBroken = false;
   int m_lLogPages = 0;

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "qm_ordering/platform/ado/embedded/Engine.h"
 #include "qm_ordering/platform/file/SystemError.h"
@@ -46,10 +48,10 @@ std::int32_t BigEndian(const unsigned char* pBytes) {
 // The files of a store that is being made; they go at the end of the scope.
 class UnfinishedStore {
  public:
+  // A name that no other thread, process or machine takes for its own.
   explicit UnfinishedStore(const std::string& zvFinalPath)
-      : m_zFinalPath(zvFinalPath), m_zPath(zvFinalPath + ".new." + std::to_string(getpid())) {
-    Remove();
-    const int lFile = open(m_zPath.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+      : m_zFinalPath(zvFinalPath), m_zPath(zvFinalPath + ".new.XXXXXX") {
+    const int lFile = mkostemp(m_zPath.data(), O_CLOEXEC);
     if (lFile < 0) {
       RaiseNotCreated(zvFinalPath, file::SystemErrorText(errno));
     }
@@ -91,20 +93,52 @@ class UnfinishedStore {
   std::string m_zPath;
 };
 
-void MakeFolders(const std::string& zvPath) {
-  std::filesystem::path folder;
-  for (const auto& part : std::filesystem::path(zvPath).parent_path()) {
-    folder /= part;
-    if (mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-      struct stat status {};
-      const int lError = errno;
-      // Some systems refuse to make a folder that exists with another error than EEXIST.
-      if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        RaiseNotCreated(
-            zvPath, "the folder " + folder.string() + " cannot be made: " + file::SystemErrorText(lError));
+// The folders that had to be made for a store; they go at the end of the scope unless they are kept.
+class MadeFolders {
+ public:
+  MadeFolders() = default;
+  ~MadeFolders() {
+    for (; !m_zMade.empty(); m_zMade.pop_back()) {
+      rmdir(m_zMade.back().c_str());
+    }
+  }
+  MadeFolders(const MadeFolders&) = delete;
+  MadeFolders& operator=(const MadeFolders&) = delete;
+
+  void MakeFor(const std::string& zvPath) {
+    std::filesystem::path folder;
+    for (const auto& part : std::filesystem::path(zvPath).parent_path()) {
+      folder /= part;
+      if (mkdir(folder.c_str(), S_IRWXU) == 0) {
+        m_zMade.push_back(folder.string());
+      } else if (errno != EEXIST) {
+        struct stat status {};
+        const int lError = errno;
+        // Some systems refuse to make a folder that exists with another error than EEXIST.
+        if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+          RaiseNotCreated(
+              zvPath, "the folder " + folder.string() + " cannot be made: " + file::SystemErrorText(lError));
+        }
       }
     }
   }
+
+  void Keep() { m_zMade.clear(); }
+
+ private:
+  std::vector<std::string> m_zMade;
+};
+
+// The log with something in it that lies beside the store; empty when none does.
+std::string LogBeside(const std::string& zvPath) {
+  for (const char* zSuffix : {"-wal", "-journal"}) {
+    std::string zLog = zvPath + zSuffix;
+    struct stat status {};
+    if (stat(zLog.c_str(), &status) == 0 && status.st_size > 0) {
+      return zLog;
+    }
+  }
+  return {};
 }
 
 DatabaseHandle OpenEngine(const std::string& zvPath, int lvFlags) {
@@ -137,13 +171,27 @@ void FillStore(const std::string& zvPath, const std::string& zvSchemaScript) {
   static_cast<void>(db.release());
 }
 
+// Whether the file ends with a page. While there is a log the engine may be in the middle of adding one.
+bool HasWholePages(sqlite3_file& file, std::string_view zvHeader) {
+  const int lPageSize =
+      static_cast<unsigned char>(zvHeader[16]) << 8 | static_cast<unsigned char>(zvHeader[17]);
+  sqlite3_int64 lSize = 0;
+  return lPageSize > 1 && file.pMethods->xFileSize(&file, &lSize) == SQLITE_OK && lSize % lPageSize == 0;
+}
+
 }  // namespace
 
 void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScript) {
-  MakeFolders(zvPath);
+  MadeFolders folders;
+  folders.MakeFor(zvPath);
   struct stat status {};
   if (lstat(zvPath.c_str(), &status) == 0) {
     RaiseNotCreated(zvPath, "a file of that name exists; it was not touched");
+  }
+  const std::string zLog = LogBeside(zvPath);
+  if (!zLog.empty()) {
+    // The engine would read it into the new store.
+    RaiseNotCreated(zvPath, zLog + ", the log of an earlier store, is there. Move it away");
   }
   UnfinishedStore store(zvPath);
   try {
@@ -152,15 +200,17 @@ void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScrip
     RaiseNotCreated(zvPath, failure.Description());
   }
   store.Publish();
+  folders.Keep();
 }
 
 void RequireOrdinaryFile(const std::string& zvPath) {
   struct stat status {};
   if (stat(zvPath.c_str(), &status) != 0) {
-    if (errno != ENOENT && errno != ENOTDIR) {
-      RaiseUnusable(zvPath, file::SystemErrorText(errno));
-    }
     const std::string zFolder = std::filesystem::path(zvPath).parent_path().string();
+    if (errno != ENOENT && errno != ENOTDIR) {
+      RaiseUnusable(zvPath,
+                    file::SystemErrorText(errno) + ". Check the folder " + zFolder + " and its permissions");
+    }
     const bool bFolder = stat(zFolder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
     RaiseUnusable(zvPath, (bFolder ? "there is no such file. " : "there is no folder " + zFolder + ". ") +
                               kHowToCreate);
@@ -213,6 +263,9 @@ void RequireOrderStore(sqlite3* db, const std::string& zvPath) {
   }
   if (lVersion < 1) {
     RaiseUnusable(zvPath, "it has no valid schema version. Restore a backup");
+  }
+  if (!HasWholePages(*pFile, zHeader) && LogBeside(sqlite3_db_filename(db, "main")).empty()) {
+    RaiseUnusable(zvPath, "it is truncated. Restore a backup");
   }
 }
 

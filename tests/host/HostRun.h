@@ -1,0 +1,65 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/StoreFixture.h"
+#include "tests/support/TempFolder.h"
+
+namespace test {
+
+// What the program said and how it ended.
+struct HostRun {
+  int ExitCode = -1;  // of a program that died by a signal: 128 and the signal
+  std::string Out;
+  std::string Err;
+
+  // The data of a run with --json. Fails the test when it is none.
+  nlohmann::json Data() const;
+  // The messages of a run with --json, each a line.
+  std::vector<nlohmann::json> Messages() const;
+};
+
+// Where the standard streams of a run go instead of into its result.
+struct HostStreams {
+  std::string Input = {};       // the text of standard input
+  std::string OutputFile = {};  // opened for writing, "/dev/full" for example
+  int OutputDescriptor = -1;
+  int ErrorDescriptor = -1;
+};
+
+// Runs qm-ordering as a process of its own.
+HostRun RunHost(const std::vector<std::string>& zvArguments, const HostStreams& streams = {});
+
+// A folder with a settings file in it, and, once CreateStore was called, a store.
+class HostFixture : public testing::Test {
+ protected:
+  // Runs a command with these settings.
+  HostRun Run(std::vector<std::string> zvArguments, const HostStreams& streams = {}) const;
+  // The same, with --json.
+  HostRun RunJson(std::vector<std::string> zvArguments) const;
+
+  void CreateStore() const;
+  // Writes a file into the folder and answers its path.
+  std::string Write(const std::string& zvName, const std::string& zvContent) const;
+  // The order as `order show --json` gives it.
+  nlohmann::json Order() const;
+
+  std::string SettingsFile() const { return Folder.File("settings.ini"); }
+  StoreFile Store() const { return StoreFile(Folder.File("Orders.mdb")); }
+
+  TempFolder Folder;
+};
+
+// A small catalogue: A1 sells in tens and ships in twenties, B2 in ones, C3 in fives.
+inline constexpr const char* kCatalogue =
+    "ItemNumber,Description,Manufacturer,SellQuantity,ShipQuantity,UsuallyShips,Taxable,Price\r\n"
+    "A1,\"Bolt, \"\"M8\"\"\",O'Brannock,10,20,TODAY,true,0.0845\r\n"
+    "B2,Zange f\xC3\xBCr L\xC3\xB6"
+    "cher,,1,1,1-3 DAYS,,18.75\r\n"
+    "C3,Cable,,5,5,SPECIAL ORDER,0,2\r\n";
+
+}  // namespace test

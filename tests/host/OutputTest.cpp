@@ -1,0 +1,147 @@
+#include <fcntl.h>
+#include <pty.h>
+#include <unistd.h>
+
+#include "tests/host/HostRun.h"
+
+namespace {
+
+using test::HostRun;
+using test::kCatalogue;
+
+class HostOutput : public test::HostFixture {};
+
+TEST_F(HostOutput, HelpIsThereForEveryCommand) {
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{},
+                                             {"store"},
+                                             {"store", "create"},
+                                             {"store", "check"},
+                                             {"store", "path"},
+                                             {"settings"},
+                                             {"settings", "list"},
+                                             {"settings", "get"},
+                                             {"settings", "set"},
+                                             {"order"},
+                                             {"order", "show"},
+                                             {"order", "add"},
+                                             {"order", "quantity"},
+                                             {"order", "remove"},
+                                             {"order", "clear"},
+                                             {"order", "set"},
+                                             {"order", "validate"},
+                                             {"order", "xml"},
+                                             {"order", "submit"},
+                                             {"order", "apply-registration"},
+                                             {"demo"}}) {
+    std::vector<std::string> arguments = command;
+    arguments.emplace_back("--help");
+    const HostRun run = Run(arguments);
+    EXPECT_EQ(0, run.ExitCode);
+    EXPECT_EQ("", run.Err);
+    std::string zUsage = "Usage: qm-ordering";
+    for (const std::string& zWord : command) {
+      zUsage += " " + zWord;
+    }
+    EXPECT_NE(std::string::npos, run.Out.find(zUsage)) << run.Out;
+  }
+}
+
+TEST_F(HostOutput, TheHelpOfOrderSetNamesEveryPropertyAndTheHelpOfAddEveryColumn) {
+  const std::string zSet = Run({"order", "set", "--help"}).Out;
+  for (const char* zName :
+       {"PurchaseOrderNumber", "PORelease", "CallBranchNumber", "MorvaneAccountNumber", "Comment4"}) {
+    EXPECT_NE(std::string::npos, zSet.find(zName)) << zName;
+  }
+  const std::string zAdd = Run({"order", "add", "--help"}).Out;
+  for (const char* zName : {"ItemNumber", "Description", "ShortDescription", "Manufacturer", "Model",
+                            "SellQuantity", "ShipQuantity", "UsuallyShips", "Taxable", "Price"}) {
+    EXPECT_NE(std::string::npos, zAdd.find(zName)) << zName;
+  }
+}
+
+TEST_F(HostOutput, WrongUsageIsExitCodeTwo) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"ordr"},
+                                             {"order"},
+                                             {"order", "shwo"},
+                                             {"order", "show", "--sort"},
+                                             {"order", "show", "extra"},
+                                             {"order", "show", "--no-such"},
+                                             {"settings", "set", "LogPath"},
+                                             {"order", "xml", "--card-number", "4111"}}) {
+    const HostRun run = Run(arguments);
+    EXPECT_EQ(2, run.ExitCode);
+    EXPECT_EQ("", run.Out);
+    EXPECT_EQ(0U, run.Err.find("qm-ordering: ")) << run.Err;
+    const HostRun json = RunJson(arguments);
+    EXPECT_EQ(2, json.ExitCode);
+    ASSERT_EQ(1U, json.Messages().size());
+    EXPECT_TRUE(json.Messages()[0]["error"]["number"].is_null());
+    EXPECT_FALSE(json.Messages()[0]["error"]["description"].get<std::string>().empty());
+  }
+}
+
+TEST_F(HostOutput, GlobalOptionsMayStandBehindTheCommand) {
+  const HostRun run = test::RunHost({"settings", "list", "--json", "--settings", SettingsFile()});
+  EXPECT_EQ(0, run.ExitCode);
+  EXPECT_EQ(SettingsFile(), run.Data()["file"]);
+}
+
+TEST_F(HostOutput, ErrorsAreJsonToo) {
+  const HostRun run = RunJson({"order", "show"});
+  EXPECT_EQ(1, run.ExitCode);
+  EXPECT_EQ("", run.Out);
+  EXPECT_EQ(5, run.Messages().back()["error"]["number"]);
+}
+
+TEST_F(HostOutput, DataThatCannotBeWrittenIsNoSuccess) {
+  CreateStore();
+  const HostRun run = Run({"order", "show"}, {.OutputFile = "/dev/full"});
+  EXPECT_EQ(3, run.ExitCode);
+  EXPECT_NE(std::string::npos, run.Err.find("error 75: Not all of the output"));
+  EXPECT_EQ(3, test::RunHost({"--help"}, {.OutputFile = "/dev/full"}).ExitCode);
+}
+
+TEST_F(HostOutput, AReaderThatGoesAwayIsNoSuccess) {
+  CreateStore();
+  int lEnds[2] = {};
+  ASSERT_EQ(0, pipe2(lEnds, O_CLOEXEC));
+  close(lEnds[0]);
+  const HostRun run = Run({"order", "show"}, {.OutputDescriptor = lEnds[1]});
+  close(lEnds[1]);
+  EXPECT_EQ(3, run.ExitCode);
+  EXPECT_NE(std::string::npos, run.Err.find("Broken pipe"));
+}
+
+// What the program writes to a terminal as its stderr.
+std::string OnTerminal(const std::function<void(int)>& run) {
+  int lMaster = -1;
+  int lTerminal = -1;
+  EXPECT_EQ(0, openpty(&lMaster, &lTerminal, nullptr, nullptr, nullptr));
+  run(lTerminal);
+  close(lTerminal);
+  std::string zWritten;
+  char piece[4096];
+  for (ssize_t lRead = 0; (lRead = read(lMaster, piece, sizeof piece)) > 0;) {
+    zWritten.append(piece, static_cast<std::size_t>(lRead));
+  }
+  close(lMaster);
+  return zWritten;
+}
+
+TEST_F(HostOutput, ProgressIsShownOnATerminalAndTakenAway) {
+  CreateStore();
+  const std::string zCatalogue = Write("c.csv", kCatalogue);
+  const std::string zWritten = OnTerminal([&](int lvTerminal) {
+    EXPECT_EQ(0,
+              Run({"order", "add", "--catalogue", zCatalogue, "--all", "10"}, {.ErrorDescriptor = lvTerminal})
+                  .ExitCode);
+  });
+  EXPECT_NE(std::string::npos, zWritten.find("\r\x1B[KAdding 0/3 [" + std::string(30, ' ') + "]"));
+  EXPECT_NE(std::string::npos, zWritten.find("\r\x1B[KAdding 3/3 [" + std::string(30, '#') + "]"));
+  EXPECT_TRUE(zWritten.ends_with("\r\x1B[K")) << zWritten;
+}
+
+}  // namespace

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace test {
+
+// A row of a CSV file: its values by the names in the file's first line. A value that is missing (the word
+// NULL) is empty, as it is in an order.
+using CsvRow = std::map<std::string, std::string>;
+
+// Reads a UTF-8 CSV file. Throws std::runtime_error for a file that is none.
+std::vector<CsvRow> ReadCsv(const std::string& zvPath);
+
+}  // namespace test
