@@ -292,7 +292,9 @@ TEST_F(OrderDetailsSaveToHistory, LeavesNoCurrentOrderWhenTheNextCannotBeMadeAnd
     }
   };
   oOrder->SaveToHistory();
-  EXPECT_EQ(oOrder->Error(), (ErrorInfo{5, "75 : the settings are gone"}));
+  EXPECT_EQ(oOrder->Error(), (ErrorInfo{5,
+                                        "75 : The order is submitted, but the next one could not be created; "
+                                        "loading the current order tries again: the settings are gone"}));
   EXPECT_EQ(qm_ordering::LastFailure().Operation, "Database.OrderDetails_SaveToHistory");
   EXPECT_EQ(Store.Query("select lOrderID, bIsCurrent, datSubmitDate from tblOrder"),
             (test::Rows{{"1", "0", "2003-07-04 15:04:05"}}));

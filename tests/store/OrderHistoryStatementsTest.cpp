@@ -155,7 +155,10 @@ TEST_F(OrderHistoryStatements, WhenTheSettingsFailTheOrderIsSubmittedAndThereIsN
   };
   Database.OrderDetails_SaveToHistory(12);
 
-  EXPECT_EQ("5 75 : The settings cannot be read.", Recorded());
+  EXPECT_EQ(
+      "5 75 : The order is submitted, but the next one could not be created; loading the current order tries "
+      "again: The settings cannot be read.",
+      Recorded());
   EXPECT_EQ((Rows{{"7", "0", "2001-01-02 03:04:05"}, {"12", "0", "2003-07-04 15:04:05"}}), States());
 }
 
