@@ -85,6 +85,7 @@ constexpr std::array<Column, 10> kColumns = {{
 
 std::vector<std::string> ColumnNames() {
   std::vector<std::string> names;
+  names.reserve(kColumns.size());
   for (const Column& column : kColumns) {
     names.emplace_back(column.Name);
   }
@@ -164,7 +165,7 @@ bool CompletePacks(OrderItem& item) {
   return bIncomplete;
 }
 
-std::string WithoutByteOrderMark(std::string zvText) {
+std::string WithoutByteOrderMark(const std::string& zvText) {
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   return zvText.starts_with(kMark) ? zvText.substr(kMark.size()) : zvText;
 }

@@ -26,7 +26,7 @@ Or have it shown to you:  qm-ordering demo)";
 // mark at its end, which is taken off again when the option is read.
 constexpr char kMark = '\x1F';
 
-std::string Marked(std::string zvArgument) {
+std::string Marked(const std::string& zvArgument) {
   return zvArgument.starts_with('[') ? zvArgument + kMark : zvArgument;
 }
 

@@ -42,11 +42,7 @@ constexpr std::size_t kXmlLinesShown = 9;
 
 // A step's title, and the command that does the same.
 void Heading(Context& context, const std::string& zvText, const std::string& zvCommand = {}) {
-  std::string zRule;
-  for (std::size_t i = 0; i < DisplayWidth(zvText); ++i) {
-    zRule += "\u2550";
-  }
-  context.Out.Text("\n" + zvText + "\n" + zRule + "\n");
+  context.Out.Text("\n" + zvText + "\n" + Repeated("\u2550", DisplayWidth(zvText)) + "\n");
   if (!zvCommand.empty()) {
     context.Out.Text("$ qm-ordering " + zvCommand + "\n\n");
   }
@@ -211,8 +207,8 @@ int Run(Context& context, const DemoOptions& options) {
   const std::string zCatalogueFile = CatalogueFile(options);
   const std::string zFolder = MakeFolder();
   context.Out.Text(
-      "One order, from an empty store to its submission, in a temporary folder of its own. Below each title\n"
-      "stands the command that does the same.\n");
+      "One order, from an empty store to its submission, in a temporary folder of its own. Below each\n"
+      "title stands the command that does the same.\n");
   MakeStore(context, zFolder);
   const Catalogue catalogue(zCatalogueFile, context.Out);
   CurrentOrder order;

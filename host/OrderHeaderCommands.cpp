@@ -115,14 +115,14 @@ std::string NamesText() {
   for (const HeaderField& field : HeaderFields()) {
     if (field.Group != zGroup) {
       zGroup = field.Group;
-      zText += zLine + "\n  " + zGroup + ".\n";
+      zText.append(zLine).append("\n  ").append(zGroup).append(".\n");
       zLine = "   ";
     }
     if (zLine.size() + field.Name.size() > 95) {
-      zText += zLine + "\n";
+      zText.append(zLine).append("\n");
       zLine = "   ";
     }
-    zLine += " " + field.Name;
+    zLine.append(" ").append(field.Name);
   }
   return zText + zLine + "\n";
 }

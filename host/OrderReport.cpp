@@ -116,7 +116,7 @@ std::string HeaderText(const OrderDetails& order) {
     const std::size_t lIndent = lWidest + 4;
     std::string zLabel = "  " + field.Name;
     for (const std::string& zLine : Wrapped(zValue, Output::Width() - lIndent)) {
-      zText += zLabel + std::string(lIndent - zLabel.size(), ' ') + zLine + "\n";
+      zText.append(zLabel).append(lIndent - zLabel.size(), ' ').append(zLine).append("\n");
       zLabel.clear();
     }
   }

@@ -75,11 +75,7 @@ std::string Table::Text(std::size_t lvWidth) const {
   std::vector<std::string> rules;
   for (std::size_t i = 0; i < m_oColumns.size(); ++i) {
     titles.push_back(m_oColumns[i].Title);
-    std::string zRule;
-    for (std::size_t j = 0; j < widths[i]; ++j) {
-      zRule += "\u2500";
-    }
-    rules.push_back(zRule);
+    rules.push_back(Repeated("\u2500", widths[i]));
   }
   std::string zTable = Line(titles, widths) + Line(rules, widths);
   for (const auto& row : m_oRows) {
@@ -92,6 +88,7 @@ std::string Table::Text(std::size_t lvWidth) const {
     }
     for (std::size_t lLine = 0; lLine < lLines; ++lLine) {
       std::vector<std::string> line;
+      line.reserve(cells.size());
       for (const auto& cell : cells) {
         line.push_back(lLine < cell.size() ? cell[lLine] : std::string());
       }

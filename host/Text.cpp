@@ -164,6 +164,14 @@ std::vector<std::string> Wrapped(std::string_view zvText, std::size_t lvWidth) {
   return lines;
 }
 
+std::string Repeated(std::string_view zvText, std::size_t lvTimes) {
+  std::string zAll;
+  for (std::size_t i = 0; i < lvTimes; ++i) {
+    zAll.append(zvText);
+  }
+  return zAll;
+}
+
 std::string Listed(const std::vector<std::string>& zvTexts, const char* zvLastSeparator) {
   std::string zList;
   for (std::size_t i = 0; i < zvTexts.size(); ++i) {

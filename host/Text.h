@@ -35,6 +35,9 @@ std::size_t DisplayWidth(std::string_view zvText);
 // The text in lines of at most lvWidth columns, broken at blanks where there are any.
 std::vector<std::string> Wrapped(std::string_view zvText, std::size_t lvWidth);
 
+// The text lvTimes times.
+std::string Repeated(std::string_view zvText, std::size_t lvTimes);
+
 // "a, b and c".
 std::string Listed(const std::vector<std::string>& zvTexts, const char* zvLastSeparator = " and ");
 

@@ -267,10 +267,11 @@ TEST_F(UnprivilegedUser, MayNotUseAFileInAReadOnlyFolder) {
 }
 
 TEST_F(UnprivilegedUser, MayNotUseAnUnreadableFile) {
-  Allow(Store.Path(), 0);
   const std::string zBefore = Snapshot(Folder.Path());
+  Allow(Store.Path(), 0);
   ExpectRefusal(kRead, {"cannot be opened", "check the permissions", "Permission denied"});
   ExpectRefusal(kWrite, {"cannot be opened", "check the permissions", "Permission denied"});
+  Allow(Store.Path(), 0600);
   EXPECT_EQ(zBefore, Snapshot(Folder.Path()));
 }
 

@@ -632,6 +632,18 @@ TEST_F(OrderDetailsLoad, ChecksNoQuantityUnasked) {
   EXPECT_TRUE(oOrder->OrderItems()->Item("A")->ValidQuantity());
 }
 
+TEST_F(OrderDetailsLoad, KeepsWhatItFoundOfTheQuantitiesWhenTheLinesCannotBeRead) {
+  LoadCurrent();
+  AddStoredLine("A", "lQuantity", "1");
+  Store.Run("update tblOrderItem set lQuantity = 10, lSellQuantity = 3");
+  const auto oOrder = LoadCurrent();
+  oOrder->LoadItems(0, false, true);
+  ASSERT_TRUE(oOrder->HasInvalidQuantities());
+  EXPECT_EQ(RaisedNumber([&] { oOrder->LoadItems(7); }), 9);
+  EXPECT_EQ(oOrder->OrderItems()->Count(), 0);
+  EXPECT_TRUE(oOrder->HasInvalidQuantities());
+}
+
 TEST_F(OrderDetailsLoad, RaisesAPackOfZeroAndKeepsTheLinesBefore) {
   LoadCurrent();
   AddStoredLine("A", "lQuantity", "1");

@@ -15,12 +15,11 @@
 #include <vector>
 
 #include "qm_ordering/platform/ado/Connection.h"
-#include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/store/OrderStore.h"
+#include "tests/ado/OpenStore.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FailureOf.h"
-#include "tests/support/StoreFixture.h"
 #include "tests/support/TempFolder.h"
 
 using namespace std::string_view_literals;
@@ -30,8 +29,10 @@ namespace {
 namespace failure = qm_ordering::failure;
 using qm_ordering::CreateOrderStore;
 using qm_ordering::Failure;
+using test::ConnectionStringOf;
 using test::FailureOf;
 using test::TempFolder;
+using Texts = std::vector<std::string>;
 
 class CreateOrderStoreIn : public testing::Test {
  protected:
@@ -54,7 +55,6 @@ class CreateOrderStoreIn : public testing::Test {
     EXPECT_NE(std::string::npos, refused.Description().find(zvCause)) << refused.Description();
   }
 
-  using Names_t = std::vector<std::string>;
   TempFolder Folder;
 };
 
@@ -62,10 +62,6 @@ unsigned Mode(const std::string& zvPath) {
   struct stat status {};
   EXPECT_EQ(0, stat(zvPath.c_str(), &status)) << zvPath;
   return status.st_mode & 0777U;
-}
-
-std::string ConnectionStringOf(const std::string& zvFolder) {
-  return "Driver=Microsoft Access Driver (*.mdb);DBQ=" + zvFolder + "\\Orders.mdb";
 }
 
 // In a process of its own, which may not write more than that many bytes into a file.
@@ -84,7 +80,7 @@ std::string CreateWithRoomFor(rlim_t lvBytes, const std::string& zvFolder) {
 
 TEST_F(CreateOrderStoreIn, AFolderMakesAnEmptyStoreAndNothingElse) {
   CreateOrderStore(Folder.Path());
-  EXPECT_EQ(Names_t{"Orders.mdb"}, Names());
+  EXPECT_EQ(Texts{"Orders.mdb"}, Names());
   const test::StoreFile store(Folder.File("Orders.mdb"));
   EXPECT_EQ((test::Rows{{"tblOrder"}, {"tblOrderItem"}, {"tblPersonalList"}, {"tblPersonalListItem"}}),
             store.Everything());
@@ -102,7 +98,7 @@ TEST_F(CreateOrderStoreIn, AFolderMarksTheFileAsAStoreOfThisVersion) {
 
 TEST_F(CreateOrderStoreIn, MissingFoldersMakesThem) {
   CreateOrderStore(Folder.File("a/b c/d"));
-  EXPECT_EQ((Names_t{"a", "a/b c", "a/b c/d", "a/b c/d/Orders.mdb"}), Names());
+  EXPECT_EQ((Texts{"a", "a/b c", "a/b c/d", "a/b c/d/Orders.mdb"}), Names());
 }
 
 TEST_F(CreateOrderStoreIn, MissingFoldersLetsTheUserAloneReadThem) {
@@ -134,7 +130,7 @@ TEST_F(CreateOrderStoreIn, AFolderLeavesTheFoldersPermissionsAsTheyAre) {
 TEST_F(CreateOrderStoreIn, AFolderTakesBackslashesAndSeparatorsAtTheEnd) {
   CreateOrderStore(Folder.Path() + "\\a\\");
   CreateOrderStore(Folder.Path() + "/b//");
-  EXPECT_EQ((Names_t{"a", "a/Orders.mdb", "b", "b/Orders.mdb"}), Names());
+  EXPECT_EQ((Texts{"a", "a/Orders.mdb", "b", "b/Orders.mdb"}), Names());
 }
 
 TEST_F(CreateOrderStoreIn, ARelativeFolderMakesItInTheCurrentOne) {
@@ -144,7 +140,7 @@ TEST_F(CreateOrderStoreIn, ARelativeFolderMakesItInTheCurrentOne) {
     return std::string("created");
   };
   EXPECT_EQ("created", test::ChildProcess(create).Outcome());
-  EXPECT_EQ((Names_t{"here", "here/Orders.mdb"}), Names());
+  EXPECT_EQ((Texts{"here", "here/Orders.mdb"}), Names());
 }
 
 TEST_F(CreateOrderStoreIn, NoFolderRaises) {
@@ -161,7 +157,7 @@ TEST_F(CreateOrderStoreIn, AFolderReplacesNothing) {
   test::WriteFile(Folder.File("Orders.mdb"), "");
   ExpectNotCreated(Folder.Path(), "exists");
   EXPECT_EQ("", test::ReadFile(Folder.File("Orders.mdb")));
-  EXPECT_EQ(Names_t{"Orders.mdb"}, Names());
+  EXPECT_EQ(Texts{"Orders.mdb"}, Names());
 }
 
 TEST_F(CreateOrderStoreIn, AFolderReplacesNoStoreThatIsOpen) {
@@ -181,7 +177,7 @@ TEST_F(CreateOrderStoreIn, AFolderReplacesNoFolderAndNoSymbolicLink) {
   std::filesystem::create_directory(Folder.File("b"));
   std::filesystem::create_symlink(Folder.File("elsewhere"), Folder.File("b/Orders.mdb"));
   ExpectNotCreated(Folder.File("b"), "exists");
-  EXPECT_EQ((Names_t{"a", "a/Orders.mdb", "b", "b/Orders.mdb"}), Names());
+  EXPECT_EQ((Texts{"a", "a/Orders.mdb", "b", "b/Orders.mdb"}), Names());
 }
 
 TEST_F(CreateOrderStoreIn, AFolderWithTheLogOfALostStoreRaises) {
@@ -189,7 +185,7 @@ TEST_F(CreateOrderStoreIn, AFolderWithTheLogOfALostStoreRaises) {
     test::WriteFile(Folder.File(zName), "rows that were not yet in the file");
     ExpectNotCreated(Folder.Path(),
                      Folder.File(zName) + ", the log of an earlier store, is there. Move it away");
-    EXPECT_EQ(Names_t{zName}, Names());
+    EXPECT_EQ(Texts{zName}, Names());
     EXPECT_EQ("rows that were not yet in the file", test::ReadFile(Folder.File(zName)));
     // An empty one holds nothing that could get into the new store.
     test::WriteFile(Folder.File(zName), "");
@@ -203,7 +199,7 @@ TEST_F(CreateOrderStoreIn, AFileInPlaceOfAFolderRaises) {
   test::WriteFile(Folder.File("a"), "text");
   ExpectNotCreated(Folder.File("a"), "Not a directory");
   ExpectNotCreated(Folder.File("a/b"), "Not a directory");
-  EXPECT_EQ(Names_t{"a"}, Names());
+  EXPECT_EQ(Texts{"a"}, Names());
   EXPECT_EQ("text", test::ReadFile(Folder.File("a")));
 }
 
@@ -222,7 +218,7 @@ TEST_F(CreateOrderStoreIn, AReadOnlyFolderRaisesAndLeavesNothing) {
         << zOutcome;
     EXPECT_NE(std::string::npos, zOutcome.find("Permission denied")) << zOutcome;
   }
-  EXPECT_EQ(Names_t{"a"}, Names());
+  EXPECT_EQ(Texts{"a"}, Names());
 }
 
 TEST_F(CreateOrderStoreIn, AFolderWithoutRoomRaisesAndLeavesNothing) {
@@ -230,7 +226,7 @@ TEST_F(CreateOrderStoreIn, AFolderWithoutRoomRaisesAndLeavesNothing) {
     const std::string zOutcome = CreateWithRoomFor(lBytes, Folder.Path());
     EXPECT_TRUE(zOutcome.starts_with("75 The order store " + Folder.File("Orders.mdb") + " was not created"))
         << zOutcome;
-    EXPECT_EQ(Names_t{}, Names()) << lBytes;
+    EXPECT_EQ(Texts{}, Names()) << lBytes;
   }
   EXPECT_EQ("created", CreateWithRoomFor(1'000'000, Folder.Path()));
 }
@@ -238,7 +234,7 @@ TEST_F(CreateOrderStoreIn, AFolderWithoutRoomRaisesAndLeavesNothing) {
 TEST_F(CreateOrderStoreIn, MissingFoldersWithoutRoomLeavesNoFolders) {
   std::filesystem::create_directory(Folder.File("a"));
   EXPECT_TRUE(CreateWithRoomFor(4096, Folder.File("a/b/c")).starts_with("75 "));
-  EXPECT_EQ(Names_t{"a"}, Names());
+  EXPECT_EQ(Texts{"a"}, Names());
 }
 
 TEST_F(CreateOrderStoreIn, AFolderByTwoProcessesAtOnceSucceedsInOne) {
@@ -301,13 +297,9 @@ namespace {
 
 class NewStore : public test::StoreFixture {
  protected:
-  // Through the library, on a connection that is closed again.
+  // Through the library, which closes the store again.
   static void Run(const std::string& zvFolder, const std::string& zvSQL) {
-    {
-      qm_ordering::ado::Connection connection;
-      connection.Open(ConnectionStringOf(zvFolder));
-      connection.Execute(zvSQL);
-    }
+    test::RunOn(ConnectionStringOf(zvFolder), zvSQL);
     qm_ordering::ado::embedded::CloseIdleSessions();
   }
 };

@@ -186,7 +186,7 @@ TEST_F(OrderMoney, ALineThatTakesTheSumBeyondTheRangeStaysAndTheTotalIsAsItWas) 
   Add("B", "1", "0.0001");
 
   EXPECT_EQ(5, Database.Error().Number);
-  EXPECT_TRUE(Database.Error().Description.starts_with("6 : ")) << Recorded();
+  EXPECT_TRUE(Database.Error().Description.starts_with("6 : The line is stored")) << Recorded();
   EXPECT_EQ(2, Database.OrderDetails_ItemCount(12));
   EXPECT_EQ("1", OfLine(12, "B", "cExtendedPrice"));
   EXPECT_EQ(Money(kHighestMoney), Database.Order_GetTotalPrice(12));
