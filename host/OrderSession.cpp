@@ -48,7 +48,7 @@ bool LoadCheckedLines(Context& context, CurrentOrder& order, std::int32_t lvSort
     }
     order.OrderDetails()->LoadItems(lvSortOrder, true, false);
     const std::vector<std::string> items = LinesWithoutPack(*order.OrderDetails());
-    context.Out.Error(failure.Number(), failure.Description() + " The pack size of " + Listed(items) +
+    context.Out.Error(failure.Number(), failure.Description() + ". The pack size of " + Listed(items) +
                                             " is 0, so no quantity of this order can be checked. Take the " +
                                             (items.size() == 1 ? "line" : "lines") +
                                             " out with `order remove ITEM` and add the item again.");

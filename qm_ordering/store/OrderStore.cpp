@@ -17,8 +17,6 @@ namespace qm_ordering {
 
 namespace {
 
-constexpr const char* kFileName = "\\Orders.mdb";
-
 void CheckCurrentOrder(ado::Connection& connection, std::vector<std::string>& findings) {
   const std::int32_t lCurrent = connection.Execute("select count(*) from tblOrder where bIsCurrent = True")
                                     ->Fields(0)
@@ -85,13 +83,22 @@ void CheckTotals(ado::Connection& connection, std::vector<std::string>& findings
 }  // namespace
 
 void CreateOrderStore(const std::string& zvFolder) {
-  ado::embedded::CreateStoreFile(file::SystemPath(zvFolder + kFileName, "OrderingDatabasePath"),
+  if (zvFolder.empty()) {
+    throw Failure(failure::kPathNotFound, "An order store needs a folder; the name given is empty.");
+  }
+  if (zvFolder.find(';') != std::string::npos || zvFolder.starts_with('{')) {
+    throw Failure(failure::kPathNotFound,
+                  "The folder \"" + zvFolder +
+                      "\" cannot hold an order store: its name holds a semicolon or begins "
+                      "with a brace, and no connection string could name it.");
+  }
+  ado::embedded::CreateStoreFile(file::SystemPath(zvFolder + "\\Orders.mdb", "OrderingDatabasePath"),
                                  kSchemaScript);
 }
 
 std::string OrderStorePath() {
   StartUp();
-  return file::SystemPath(DatabasePath() + kFileName, "OrderingDatabasePath");
+  return ado::StoreFileOf(ConnectionString());
 }
 
 std::vector<std::string> CheckOrderStore() {
@@ -100,16 +107,9 @@ std::vector<std::string> CheckOrderStore() {
   connection.Open(ConnectionString());
   const ado::Transaction oneState(connection, ado::TransactionKind::Read);
   std::vector<std::string> findings = connection.CheckIntegrity(kSchemaScript);
-  for (const auto check : {CheckCurrentOrder, CheckNames, CheckTotals}) {
-    try {
-      check(connection, findings);
-    } catch (const Failure&) {
-      // A store that is not whole may have no answer to further questions.
-      if (findings.empty()) {
-        throw;
-      }
-    }
-  }
+  ado::RunCheck("the current order", findings, [&] { CheckCurrentOrder(connection, findings); });
+  ado::RunCheck("item numbers and list names", findings, [&] { CheckNames(connection, findings); });
+  ado::RunCheck("the totals", findings, [&] { CheckTotals(connection, findings); });
   return findings;
 }
 

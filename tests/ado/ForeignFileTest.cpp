@@ -256,6 +256,26 @@ TEST_F(UnprivilegedUser, WritesAFileThatWasReadWhileItWasReadOnly) {
   EXPECT_EQ("b", Ask(kRead));
 }
 
+// A host goes on running while its user follows the message's advice.
+TEST_F(UnprivilegedUser, WritesAgainInTheSameProcessWhenTheFileMayBeWritten) {
+  Allow(Store.Path(), 0400);
+  EXPECT_EQ("refused, written", test::ChildProcess([&] {
+                                  test::DropPrivileges();
+                                  const auto write = [] {
+                                    ado::Connection connection;
+                                    connection.Open(qm_ordering::ConnectionString());
+                                    connection.Execute(kWrite);
+                                  };
+                                  const bool bRefused =
+                                      test::FailureOf(write).Number() == failure::kStoreUnavailable;
+                                  Allow(Store.Path(), 0600);
+                                  write();
+                                  ado::embedded::CloseIdleSessions();
+                                  return std::string(bRefused ? "refused, written" : "written");
+                                }).Outcome());
+  EXPECT_EQ("b", Ask(kRead));
+}
+
 TEST_F(UnprivilegedUser, MayNotUseAFileInAReadOnlyFolder) {
   Allow(Folder.Path(), 0500);
   const std::string zBefore = Snapshot(Folder.Path());

@@ -151,9 +151,27 @@ TEST_F(CheckOrderStoreFinds, ASchemaThatIsNotTheLibrarys) {
 
 TEST_F(CheckOrderStoreFinds, AMissingTable) {
   Store.Run("drop table tblOrderItem");
+  const std::string zMissing =
+      " could not be checked: The order store " + Store.Path() + ": no such table: tblOrderItem.";
   EXPECT_EQ(
-      Findings{"the schema: its tables, indexes or stored queries are not those that the library makes"},
+      (Findings{"the schema: its tables, indexes or stored queries are not those that the library makes",
+                "item numbers and list names" + zMissing, "the totals" + zMissing}),
       CheckOrderStore());
+}
+
+TEST_F(CheckOrderStoreFinds, ATextWhereMoneyBelongs) {
+  Store.Run("update tblOrderItem set cExtendedPrice = 'much' where zItemNumber = 'c'");
+  EXPECT_EQ(
+      (Findings{"the totals could not be checked: The column cExtendedPrice holds a text, not a number."}),
+      CheckOrderStore());
+}
+
+TEST_F(CheckOrderStoreFinds, MoreThanAHundredOfAKind) {
+  Store.Run(
+      "pragma foreign_keys = off;"
+      "with recursive n(i) as (select 1 union all select i + 1 from n where i < 150) "
+      "insert into tblOrderItem (lOrderID, zItemNumber) select 99, i from n");
+  EXPECT_EQ(150U, CheckOrderStore().size());
 }
 
 TEST_F(CheckOrderStoreFinds, APageOfATableThatWasOverwritten) {

@@ -150,6 +150,16 @@ TEST_F(CreateOrderStoreIn, NoFolderRaises) {
   }
 }
 
+TEST_F(CreateOrderStoreIn, AFolderThatNoConnectionStringCanNameRaises) {
+  for (const char* zName : {"a;b", "a;b=c", ";"}) {
+    const Failure failure = FailureOf([&] { CreateOrderStore(Folder.File(zName)); });
+    EXPECT_EQ(failure::kPathNotFound, failure.Number()) << zName;
+    EXPECT_NE(failure.Description().find("semicolon"), std::string::npos) << failure.Description();
+  }
+  EXPECT_EQ(failure::kPathNotFound, FailureOf([] { CreateOrderStore("{a}"); }).Number());
+  EXPECT_EQ(Texts{}, Names());
+}
+
 TEST_F(CreateOrderStoreIn, AFolderReplacesNothing) {
   test::WriteFile(Folder.File("Orders.mdb"), "the user's own");
   ExpectNotCreated(Folder.Path(), "a file of that name exists; it was not touched");
@@ -224,7 +234,9 @@ TEST_F(CreateOrderStoreIn, AReadOnlyFolderRaisesAndLeavesNothing) {
 TEST_F(CreateOrderStoreIn, AFolderWithoutRoomRaisesAndLeavesNothing) {
   for (const rlim_t lBytes : {rlim_t{0}, rlim_t{1}, rlim_t{4096}, rlim_t{20'000}}) {
     const std::string zOutcome = CreateWithRoomFor(lBytes, Folder.Path());
-    EXPECT_TRUE(zOutcome.starts_with("75 The order store " + Folder.File("Orders.mdb") + " was not created"))
+    EXPECT_TRUE(
+        zOutcome.starts_with("75 The order store " + Folder.File("Orders.mdb") + " cannot be used: ") &&
+        zOutcome.ends_with(" It was not created."))
         << zOutcome;
     EXPECT_EQ(Texts{}, Names()) << lBytes;
   }

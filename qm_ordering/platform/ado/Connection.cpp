@@ -8,15 +8,19 @@
 
 namespace qm_ordering::ado {
 
-std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString) {
+std::string StoreFileOf(const std::string& zvConnectionString) {
   const ConnectionString parts(zvConnectionString);
   const std::string zDriver = parts.Value("Driver");
-  if (SameName(zDriver, "Microsoft Access Driver (*.mdb)")) {
-    return embedded::OpenSession(file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath"));
+  if (!SameName(zDriver, "Microsoft Access Driver (*.mdb)")) {
+    // The driver alone: other parts of the connection string may be secret.
+    throw Failure(failure::kStoreUnavailable,
+                  "No provider serves the driver \"" + zDriver + "\" that the connection string names.");
   }
-  // The driver alone: other parts of the connection string may be secret.
-  throw Failure(failure::kStoreUnavailable,
-                "No provider serves the driver \"" + zDriver + "\" that the connection string names.");
+  return file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath");
+}
+
+std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString) {
+  return embedded::OpenSession(StoreFileOf(zvConnectionString));
 }
 
 void Connection::Open(const std::string& zvConnectionString) {

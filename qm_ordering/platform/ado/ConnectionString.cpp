@@ -9,20 +9,19 @@ namespace qm_ordering::ado {
 
 namespace {
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-[[noreturn]] void RaiseMalformed(std::string_view zvText, const char* zvWhy) {
-  throw Failure(failure::kStoreUnavailable,
-                "The connection string \"" + std::string(zvText) + "\" cannot be read: " + zvWhy +
-                    ". A folder in the setting OrderingDatabasePath must not hold a semicolon.");
+// The text stays out of the message: it may hold a password.
+[[noreturn]] void RaiseMalformed(const char* zvWhy) {
+  throw Failure(
+      failure::kStoreUnavailable,
+      std::string("The connection string of the store cannot be read: ") + zvWhy +
+          ". The folder in the setting OrderingDatabasePath must not hold a semicolon or begin with "
+          "a brace.");
 }
 
 }  // namespace
 
 bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept {
-  return std::ranges::equal(zvLeft, zvRight, {}, Lower, Lower);
+  return std::ranges::equal(zvLeft, zvRight, {}, LowerLetter, LowerLetter);
 }
 
 ConnectionString::ConnectionString(std::string_view zvText) {
@@ -31,11 +30,11 @@ ConnectionString::ConnectionString(std::string_view zvText) {
     const std::size_t lEquals = zRest.find('=');
     const std::size_t lEnd = zRest.find(';');
     if (lEquals == std::string_view::npos || lEnd < lEquals) {
-      RaiseMalformed(zvText, "a part has no \"=\"");
+      RaiseMalformed("a part has no \"=\"");
     }
     const std::string_view zKey = text::TrimSpaces(zRest.substr(0, lEquals));
     if (zKey.empty()) {
-      RaiseMalformed(zvText, "a part has no name");
+      RaiseMalformed("a part has no name");
     }
     zRest.remove_prefix(lEquals + 1);
     std::string zValue;
@@ -43,7 +42,7 @@ ConnectionString::ConnectionString(std::string_view zvText) {
       std::size_t i = 1;
       for (;; ++i) {
         if (i >= zRest.size()) {
-          RaiseMalformed(zvText, "a brace is not closed");
+          RaiseMalformed("a brace is not closed");
         }
         if (zRest[i] == '}') {
           if (i + 1 < zRest.size() && zRest[i + 1] == '}') {
@@ -56,7 +55,7 @@ ConnectionString::ConnectionString(std::string_view zvText) {
       }
       zRest.remove_prefix(i + 1);
       if (!zRest.empty() && zRest.front() != ';') {
-        RaiseMalformed(zvText, "text follows a closing brace");
+        RaiseMalformed("text follows a closing brace");
       }
     } else {
       zValue = zRest.substr(0, zRest.find(';'));

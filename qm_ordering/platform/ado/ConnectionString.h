@@ -20,6 +20,10 @@ class ConnectionString {
   std::vector<std::pair<std::string, std::string>> m_oParts;
 };
 
+constexpr char LowerLetter(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 // Whether two texts are the same but for the case of the letters A to Z: the rule for keys and column names.
 bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept;
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/Variant.h"
 
 namespace qm_ordering::ado {
@@ -67,6 +68,25 @@ class Session {
   // is whole.
   virtual std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript) = 0;
 };
+
+// Runs one check of a store. What cannot be checked is a finding of its own, and the other checks go on; only
+// where the store as a whole cannot be used, and nothing has been found that would explain it, the failure
+// rises.
+template <typename Check>
+void RunCheck(const char* zvWhat, std::vector<std::string>& findings, Check check) {
+  try {
+    check();
+  } catch (const Failure& failure) {
+    if (failure.Number() == failure::kStoreUnavailable && findings.empty()) {
+      throw;
+    }
+    findings.push_back(std::string(zvWhat) + " could not be checked: " + failure.Description());
+  }
+}
+
+// The full path of the file of an embedded store that a connection string names. Raises kStoreUnavailable for
+// another driver and for a text that cannot be read, kPathNotFound when no folder stands in it.
+std::string StoreFileOf(const std::string& zvConnectionString);
 
 // Opens a session on the store that the connection string names; its "Driver=" part picks the provider.
 std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString);

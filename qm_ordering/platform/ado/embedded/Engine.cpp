@@ -113,6 +113,7 @@ bool IsFatal(int lvResult) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_CANTOPEN:
+    case SQLITE_READONLY:  // a session that was opened so stays so, also when the file may be written again
     case SQLITE_PROTOCOL:
     case SQLITE_NOMEM:
       return true;

@@ -46,8 +46,7 @@ void RequireNoSessionFromBeforeTheFork(const std::string& zvPath) {
 std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
   std::size_t lHash = 1469598103934665603U;
   for (const char c : zvName) {
-    const char cLower = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    lHash = (lHash ^ static_cast<unsigned char>(cLower)) * 1099511628211U;
+    lHash = (lHash ^ static_cast<unsigned char>(LowerLetter(c))) * 1099511628211U;
   }
   return lHash;
 }
@@ -154,9 +153,8 @@ void PooledSession::Configure() {
   AddTextCollation(db, m_zPath);
   AddExactSum(db, m_zPath);
   RunScript(db,
-            "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; pragma "
-            "cell_size_check = "
-            "on; pragma temp_store = memory;",
+            "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; "
+            "pragma cell_size_check = on; pragma temp_store = memory;",
             m_zPath);
   const std::string zJournal = IsOnNetwork(m_zPath) ? "delete" : "wal";
   if (sqlite3_db_readonly(db, "main") == 0 && ReadText(db, "pragma journal_mode", m_zPath) != zJournal) {

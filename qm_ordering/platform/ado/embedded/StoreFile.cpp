@@ -45,6 +45,15 @@ std::int32_t BigEndian(const unsigned char* pBytes) {
                                    (static_cast<std::uint32_t>(pBytes[2]) << 8) | pBytes[3]);
 }
 
+// So that a name that was made in the folder outlives a power failure.
+void FlushFolder(const std::filesystem::path& zvFolder) {
+  const int lFolder = open(zvFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (lFolder >= 0) {
+    fsync(lFolder);
+    close(lFolder);
+  }
+}
+
 // The files of a store that is being made; they go at the end of the scope.
 class UnfinishedStore {
  public:
@@ -74,12 +83,7 @@ class UnfinishedStore {
       RaiseNotCreated(m_zFinalPath, errno == EEXIST ? "a file of that name exists; it was not touched"
                                                     : file::SystemErrorText(errno));
     }
-    const std::string zFolder = std::filesystem::path(m_zFinalPath).parent_path().string();
-    const int lFolder = open(zFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (lFolder >= 0) {
-      fsync(lFolder);
-      close(lFolder);
-    }
+    FlushFolder(std::filesystem::path(m_zFinalPath).parent_path());
   }
 
  private:
@@ -111,6 +115,7 @@ class MadeFolders {
       folder /= part;
       if (mkdir(folder.c_str(), S_IRWXU) == 0) {
         m_zMade.push_back(folder.string());
+        FlushFolder(folder.parent_path());
       } else if (errno != EEXIST) {
         struct stat status {};
         const int lError = errno;
@@ -141,40 +146,42 @@ std::string LogBeside(const std::string& zvPath) {
   return {};
 }
 
-DatabaseHandle OpenEngine(const std::string& zvPath, int lvFlags) {
+// zvName is what messages call the file.
+DatabaseHandle OpenEngine(const std::string& zvPath, const std::string& zvName, int lvFlags) {
   sqlite3* pDatabase = nullptr;
   const int lResult = sqlite3_open_v2(zvPath.c_str(), &pDatabase, lvFlags, nullptr);
   DatabaseHandle db(pDatabase);
   if (lResult != SQLITE_OK) {
-    throw EngineFailure(pDatabase, lResult, zvPath);
+    throw EngineFailure(pDatabase, lResult, zvName);
   }
   return db;
 }
 
-void FillStore(const std::string& zvPath, const std::string& zvSchemaScript) {
-  DatabaseHandle db = OpenEngine(zvPath, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
-  AddTextCollation(db.get(), zvPath);
+void FillStore(const std::string& zvPath, const std::string& zvName, const std::string& zvSchemaScript) {
+  DatabaseHandle db = OpenEngine(zvPath, zvName, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
+  AddTextCollation(db.get(), zvName);
   RunScript(db.get(),
             "pragma journal_mode = delete;\npragma synchronous = full;\npragma application_id = " +
                 std::to_string(kApplicationId) +
                 ";\npragma user_version = " + std::to_string(kSchemaVersion) + ";\nbegin exclusive;\n" +
                 kFormatScript + "insert into sysFormat values ('folding', '" + text::FoldingVersion() +
                 "');\n" + zvSchemaScript + "\ncommit;",
-            zvPath);
+            zvName);
   if (!IsOnNetwork(zvPath)) {
-    RunScript(db.get(), "pragma journal_mode = wal;", zvPath);
+    RunScript(db.get(), "pragma journal_mode = wal;", zvName);
   }
   const int lClosed = sqlite3_close(db.get());
   if (lClosed != SQLITE_OK) {
-    throw EngineFailure(db.get(), lClosed, zvPath);
+    throw EngineFailure(db.get(), lClosed, zvName);
   }
   static_cast<void>(db.release());
 }
 
 // Whether the file ends with a page. While there is a log the engine may be in the middle of adding one.
 bool HasWholePages(sqlite3_file& file, std::string_view zvHeader) {
-  const int lPageSize =
-      static_cast<unsigned char>(zvHeader[16]) << 8 | static_cast<unsigned char>(zvHeader[17]);
+  const int lCoded = static_cast<unsigned char>(zvHeader[16]) << 8 | static_cast<unsigned char>(zvHeader[17]);
+  // 65,536 does not fit into the two bytes.
+  const int lPageSize = lCoded == 1 ? 65536 : lCoded;
   sqlite3_int64 lSize = 0;
   return lPageSize > 1 && file.pMethods->xFileSize(&file, &lSize) == SQLITE_OK && lSize % lPageSize == 0;
 }
@@ -195,9 +202,9 @@ void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScrip
   }
   UnfinishedStore store(zvPath);
   try {
-    FillStore(store.Path(), zvSchemaScript);
+    FillStore(store.Path(), zvPath, zvSchemaScript);
   } catch (const Failure& failure) {
-    RaiseNotCreated(zvPath, failure.Description());
+    throw Failure(failure::kFileAccess, failure.Description() + " It was not created.");
   }
   store.Publish();
   folders.Keep();
@@ -206,10 +213,11 @@ void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScrip
 void RequireOrdinaryFile(const std::string& zvPath) {
   struct stat status {};
   if (stat(zvPath.c_str(), &status) != 0) {
+    const int lError = errno;
     const std::string zFolder = std::filesystem::path(zvPath).parent_path().string();
-    if (errno != ENOENT && errno != ENOTDIR) {
+    if (lError != ENOENT && lError != ENOTDIR) {
       RaiseUnusable(zvPath,
-                    file::SystemErrorText(errno) + ". Check the folder " + zFolder + " and its permissions");
+                    file::SystemErrorText(lError) + ". Check the folder " + zFolder + " and its permissions");
     }
     const bool bFolder = stat(zFolder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
     RaiseUnusable(zvPath, (bFolder ? "there is no such file. " : "there is no folder " + zFolder + ". ") +
@@ -264,7 +272,11 @@ void RequireOrderStore(sqlite3* db, const std::string& zvPath) {
   if (lVersion < 1) {
     RaiseUnusable(zvPath, "it has no valid schema version. Restore a backup");
   }
-  if (!HasWholePages(*pFile, zHeader) && LogBeside(sqlite3_db_filename(db, "main")).empty()) {
+  const auto bIsCut = [&] {
+    return !HasWholePages(*pFile, zHeader) && LogBeside(sqlite3_db_filename(db, "main")).empty();
+  };
+  // Looked at twice: another program may have ended its commit between the two looks at file and log.
+  if (bIsCut() && bIsCut()) {
     RaiseUnusable(zvPath, "it is truncated. Restore a backup");
   }
 }
@@ -280,16 +292,17 @@ std::string DescribeSchema(sqlite3* db, const std::string& zvPath) {
 std::string DescribeSchemaOfScript(const std::string& zvSchemaScript) {
   const std::string zName = ":memory:";
   const DatabaseHandle db =
-      OpenEngine(zName, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX);
+      OpenEngine(zName, zName, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX);
   AddTextCollation(db.get(), zName);
   RunScript(db.get(), kFormatScript + zvSchemaScript, zName);
   return DescribeSchema(db.get(), zName);
 }
 
 bool IsOnNetwork(const std::string& zvPath) {
-  // NFS, SMB, CIFS, SMB2, AFS, CODA, NCP, FUSE (where sshfs and the like live).
-  static constexpr std::array<std::uint32_t, 8> kKinds = {0x6969,     0x517B,     0xFF534D42, 0xFE534D42,
-                                                          0x5346414F, 0x73757245, 0x564C,     0x65735546};
+  // NFS, SMB, CIFS, SMB2, AFS, CODA, NCP, FUSE (where sshfs and the like live), 9P, Ceph, Lustre.
+  static constexpr std::array<std::uint32_t, 11> kKinds = {0x6969,     0x517B,     0xFF534D42, 0xFE534D42,
+                                                           0x5346414F, 0x73757245, 0x564C,     0x65735546,
+                                                           0x01021997, 0x00C36400, 0x0BD00BD0};
   struct statfs status {};
   if (statfs(zvPath.c_str(), &status) != 0) {
     return false;
