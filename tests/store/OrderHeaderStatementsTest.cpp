@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 #include "qm_ordering/platform/value/Date.h"
 #include "tests/store/DatabaseFixture.h"
 

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
+#include <system_error>
 
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/platform/ado/Connection.h"
@@ -113,6 +115,49 @@ TEST_F(ResultSets, TheEndOfTheObjectClosesTheLinesBeingRead) {
   const auto rows = oDatabase->OrderDetails_GetItems(12, 0, false);
   const qm_ordering::ado::Field field = rows->Fields("zItemNumber");
   oDatabase.reset();
+  ExpectClosed(*rows, field);
+}
+
+// How many files of the store this process has open when no session rests.
+std::size_t OpenFiles(const std::string& zvPath) {
+  qm_ordering::ado::embedded::CloseIdleSessions();
+  std::size_t lOpen = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (std::filesystem::read_symlink(entry.path(), gone).string().starts_with(zvPath)) {
+      ++lOpen;
+    }
+  }
+  return lOpen;
+}
+
+TEST_F(ResultSets, EveryOperationThatHandsBackNoLiveResultSetClosesItsConnection) {
+  for (const auto* pOperations : {&test::GuardedOperations(), &test::UnguardedOperations()}) {
+    for (const Operation& operation : *pOperations) {
+      SCOPED_TRACE(operation.Name);
+      operation.Run(Database);
+      const bool bLive = operation.Name == std::string("OrderDetails_GetItems");
+      EXPECT_EQ(bLive, OpenFiles(Store.Path()) > 0);
+    }
+  }
+}
+
+TEST_F(ResultSets, AnOperationThatFailsClosesItsConnection) {
+  Trace.Before = [](const std::string&) { throw std::runtime_error("stop here"); };
+  for (const auto* pOperations : {&test::GuardedOperations(), &test::UnguardedOperations()}) {
+    for (const Operation& operation : *pOperations) {
+      RaisedNumber([&] { operation.Run(Database); });
+      EXPECT_EQ(0u, OpenFiles(Store.Path())) << operation.Name;
+    }
+  }
+}
+
+TEST_F(ResultSets, ACallerThatHasReadItsLinesClosesTheConnectionItself) {
+  const auto rows = Database.OrderDetails_GetItems(12, 0, false);
+  const qm_ordering::ado::Field field = rows->Fields("zItemNumber");
+  EXPECT_NE(0u, OpenFiles(Store.Path()));
+  Database.CloseConnection();
+  EXPECT_EQ(0u, OpenFiles(Store.Path()));
   ExpectClosed(*rows, field);
 }
 

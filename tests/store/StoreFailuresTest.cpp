@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <memory>
 #include <stdexcept>
 
 #include "qm_ordering/foundation/Globals.h"
