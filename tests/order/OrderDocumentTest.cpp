@@ -15,12 +15,6 @@
 #include "tests/support/FailureOf.h"
 #include "tests/support/RaisedNumber.h"
 
-// The C library does not free the search path that it makes of LOCPATH. The leak checker asks for this by
-// name.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:__argz_add_sep\n";
-}
-
 namespace {
 
 using qm_ordering::Currency;
