@@ -22,7 +22,8 @@ class MemorySettings : public qm_ordering::SettingsComponent {
   qm_ordering::RegistrationDetails Registration;
 
   // "create user settings", "get KEY", "release user settings", "create order defaults", "default get KEY",
-  // "default set KEY=VALUE", "save", "release order defaults", "read registration", in the order of the calls.
+  // "default set KEY=VALUE", "save", "release order defaults", "read registration", in the order of the
+  // calls.
   std::vector<std::string> Calls;
 
   // Called with each entry of Calls before it takes effect; may throw.
@@ -34,8 +35,8 @@ class MemorySettings : public qm_ordering::SettingsComponent {
   void Note(const std::string& zvCall);
 };
 
-// Installs a MemorySettings on this thread for the length of a scope, start-up not yet run; afterwards the thread
-// is as before any object existed.
+// Installs a MemorySettings on this thread for the length of a scope, start-up not yet run; afterwards the
+// thread is as before any object existed.
 class SettingsScope {
  public:
   SettingsScope();
