@@ -13,15 +13,6 @@ namespace qm_ordering {
 
 namespace {
 
-// Parses a fragment and moves its element into the parent: whatever else the fragment holds stays out.
-void Graft(xml::Element& parent, const std::string& zvFragment, const std::string& zvElement) {
-  const xml::Element element = SelectElement(zvFragment, zvElement);
-  if (!element) {
-    throw Failure(failure::kXmlFragment, "The fragment has no element \"" + zvElement + "\".");
-  }
-  parent.AppendChild(element);
-}
-
 // Among thousands of lines a failure is of use only when it names the one that it is about.
 std::string LineXML(const OrderItem& item, int lvLine) {
   try {
@@ -59,15 +50,15 @@ std::string OrderDocument(const OrderDetails& order) {
   root.SetAttribute("timestamp", XMLTimestamp());
   document.AppendChild(root);
 
-  Graft(root, oPayment->GetXML(), "paymentinformation");
-  Graft(root, oInformation->GetXML(), "orderinformation");
-  Graft(root, oDelivery->GetXML(), "deliveryinformation");
+  GraftElement(root, oPayment->GetXML(), "paymentinformation");
+  GraftElement(root, oInformation->GetXML(), "orderinformation");
+  GraftElement(root, oDelivery->GetXML(), "deliveryinformation");
 
   xml::Element items = document.CreateElement("orderitems");
   int lLine = 0;
   for (const auto& oItem : *order.OrderItems()) {
     ++lLine;
-    Graft(items, LineXML(*oItem, lLine), "orderitem");
+    GraftElement(items, LineXML(*oItem, lLine), "orderitem");
   }
   root.AppendChild(items);
   return document.XML();

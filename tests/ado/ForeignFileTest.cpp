@@ -95,7 +95,7 @@ TEST_F(ForeignFile, InAMissingFolderIsNamedWithTheFolder) {
 
 TEST_F(ForeignFile, ThatIsAFolderIsRefused) {
   std::filesystem::create_directory(Store.Path());
-  ExpectRefusal({"it is a folder", kCreate});
+  ExpectRefusal({"it is a folder", "Move it away", kCreate});
 }
 
 TEST_F(ForeignFile, ThatIsEmptyIsRefused) {
@@ -105,7 +105,7 @@ TEST_F(ForeignFile, ThatIsEmptyIsRefused) {
 
 TEST_F(ForeignFile, OfTenBytesIsRefused) {
   Put("0123456789");
-  ExpectRefusal({"it is a file of another kind", kCreate});
+  ExpectRefusal({"it is a file of another kind", "Move it away", kCreate});
 }
 
 TEST_F(ForeignFile, OfPlainTextIsRefused) {
@@ -114,7 +114,7 @@ TEST_F(ForeignFile, OfPlainTextIsRefused) {
     zText += "The quick brown fox jumps over the lazy dog.\n";
   }
   Put(zText);
-  ExpectRefusal({"it is a file of another kind", kCreate});
+  ExpectRefusal({"it is a file of another kind", "Move it away", kCreate});
 }
 
 TEST_F(ForeignFile, OfTheAccessEngineIsRefused) {
@@ -138,7 +138,7 @@ TEST_F(ForeignFile, OfAnotherProgramIsRefused) {
     ASSERT_EQ(SQLITE_OK, sqlite3_open(Store.Path().c_str(), &pDatabase));
     ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDatabase, zScript, nullptr, nullptr, nullptr));
     ASSERT_EQ(SQLITE_OK, sqlite3_close(pDatabase));
-    ExpectRefusal({"it is a database of another program", kCreate});
+    ExpectRefusal({"it is a database of another program", "Move it away", kCreate});
   }
 }
 
@@ -170,7 +170,7 @@ TEST_F(ForeignFile, ThatIsAStoreWithoutItsEndIsRefused) {
 
 TEST_F(ForeignFile, ThatIsAPipeIsRefusedAtOnce) {
   ASSERT_EQ(0, mkfifo(Store.Path().c_str(), 0600));
-  ExpectRefusal({"it is not an ordinary file", kCreate});
+  ExpectRefusal({"it is not an ordinary file", "Move it away", kCreate});
 }
 
 TEST_F(ForeignFile, BehindABrokenSymbolicLinkIsMissing) {

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/RaisedNumber.h"
+
 namespace {
 
+using qm_ordering::GraftElement;
 using qm_ordering::SelectElement;
 
 TEST(SelectElement, FindsTheFirstElementOnThePath) {
@@ -39,6 +43,25 @@ TEST(SelectElement, GivesAnElementThatOutlivesTheTextAndCanBeTakenIntoAnotherDoc
     oDocument.AppendChild(SelectElement(zXML, "item"));
   }
   EXPECT_EQ(SelectElement(oDocument.XML(), "item/note").Attribute("text"), "a");
+}
+
+TEST(GraftElement, RaisesAndAppendsNothingWhenTheFragmentLacksTheElement) {
+  qm_ordering::xml::Document oDocument;
+  auto oParent = oDocument.CreateElement("orderitems");
+  for (const char* zFragment : {"", "orderitem", "<orderitem", "<other/>", "<orderitem/><orderitem/>"}) {
+    EXPECT_EQ(test::RaisedNumber([&] { GraftElement(oParent, zFragment, "orderitem"); }),
+              qm_ordering::failure::kXmlFragment)
+        << zFragment;
+  }
+  EXPECT_EQ(oParent.XML(), "<orderitems/>");
+}
+
+TEST(GraftElement, DropsWhatElseTheFragmentHolds) {
+  qm_ordering::xml::Document oDocument;
+  auto oParent = oDocument.CreateElement("orderitems");
+  GraftElement(oParent, "<?xml version=\"1.0\"?><!-- a --><orderitem quantity=\"1\"/> ", "orderitem");
+  GraftElement(oParent, "<orderitem quantity=\"2\"/>", "orderitem");
+  EXPECT_EQ(oParent.XML(), "<orderitems><orderitem quantity=\"1\"/><orderitem quantity=\"2\"/></orderitems>");
 }
 
 }  // namespace

@@ -132,7 +132,7 @@ class EmbeddedCursor : public Cursor {
     m_oOwner->m_oCursors.push_back(this);
   }
   ~EmbeddedCursor() override {
-    if (IsOpen()) {
+    if (m_oOwner != nullptr) {
       Leave();
     }
   }

@@ -24,6 +24,10 @@ namespace qm_ordering::ado::embedded {
 
 namespace {
 
+constexpr const char* kMoveAway =
+    "Move it away and create a store with `qm-ordering store create`, or set OrderingDatabasePath to the "
+    "folder that "
+    "holds one";
 constexpr const char* kHowToCreate =
     "Create one with `qm-ordering store create`, or set OrderingDatabasePath to the folder that holds it";
 
@@ -80,8 +84,11 @@ class UnfinishedStore {
       lResult = link(m_zPath.c_str(), m_zFinalPath.c_str());
     }
     if (lResult != 0) {
-      RaiseNotCreated(m_zFinalPath, errno == EEXIST ? "a file of that name exists; it was not touched"
-                                                    : file::SystemErrorText(errno));
+      RaiseNotCreated(
+          m_zFinalPath,
+          errno == EEXIST
+              ? "a file of that name exists; it was not touched. If it is no order store, move it away"
+              : file::SystemErrorText(errno));
     }
     FlushFolder(std::filesystem::path(m_zFinalPath).parent_path());
   }
@@ -193,7 +200,8 @@ void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScrip
   folders.MakeFor(zvPath);
   struct stat status {};
   if (lstat(zvPath.c_str(), &status) == 0) {
-    RaiseNotCreated(zvPath, "a file of that name exists; it was not touched");
+    RaiseNotCreated(zvPath,
+                    "a file of that name exists; it was not touched. If it is no order store, move it away");
   }
   const std::string zLog = LogBeside(zvPath);
   if (!zLog.empty()) {
@@ -224,10 +232,10 @@ void RequireOrdinaryFile(const std::string& zvPath) {
                               kHowToCreate);
   }
   if (S_ISDIR(status.st_mode)) {
-    RaiseUnusable(zvPath, std::string("it is a folder. ") + kHowToCreate);
+    RaiseUnusable(zvPath, std::string("it is a folder. ") + kMoveAway);
   }
   if (!S_ISREG(status.st_mode)) {
-    RaiseUnusable(zvPath, std::string("it is not an ordinary file. ") + kHowToCreate);
+    RaiseUnusable(zvPath, std::string("it is not an ordinary file. ") + kMoveAway);
   }
   if (status.st_size == 0) {
     RaiseUnusable(zvPath, "it is empty (0 bytes). Restore a backup, or move it away and create a store");
@@ -250,18 +258,19 @@ void RequireOrderStore(sqlite3* db, const std::string& zvPath) {
   if (zMaker == "Standard Jet DB" || zMaker == "Standard ACE DB") {
     RaiseUnusable(
         zvPath,
-        "it is a database of the Access engine itself, which this library neither reads nor writes. Move it "
-        "away and create a store with `qm-ordering store create`");
+        std::string(
+            "it is a database of the Access engine itself, which this library neither reads nor writes. ") +
+            kMoveAway);
   }
   if (!zHeader.starts_with(std::string_view("SQLite format 3\0", 16))) {
-    RaiseUnusable(zvPath, std::string("it is a file of another kind, not an order store. ") + kHowToCreate);
+    RaiseUnusable(zvPath, std::string("it is a file of another kind, not an order store. ") + kMoveAway);
   }
   if (lRead == SQLITE_IOERR_SHORT_READ) {
     RaiseUnusable(zvPath, "it is truncated. Restore a backup");
   }
   if (BigEndian(bytes.data() + 68) != kApplicationId) {
     RaiseUnusable(zvPath,
-                  std::string("it is a database of another program, not an order store. ") + kHowToCreate);
+                  std::string("it is a database of another program, not an order store. ") + kMoveAway);
   }
   const std::int32_t lVersion = BigEndian(bytes.data() + 60);
   if (lVersion > kSchemaVersion) {
