@@ -4,6 +4,7 @@
 
 #include "host/Demo.h"
 #include "host/Errors.h"
+#include "host/NearestNames.h"
 #include "host/OrderCommands.h"
 #include "host/SettingsCommands.h"
 #include "host/StoreCommands.h"
@@ -13,8 +14,8 @@ namespace host {
 namespace {
 
 constexpr const char* kFooter = R"(Data goes to standard output, messages go to standard error.
-Exit codes: 0 good; 1 an error that the library recorded, or a check that found something;
-2 wrong usage; 3 a failure that the library raised, or output that could not be written.
+Exit codes: 0 good; 1 an error that the library recorded, a check that found something, or an order
+that is not ready; 2 wrong usage; 3 a failure that the library raised, or output that could not be written.
 Errors are shown as "error NUMBER: DESCRIPTION".
 
 To begin:  qm-ordering store create
@@ -44,6 +45,25 @@ std::vector<std::string> Arguments(int lvCount, char** zvArguments) {
     arguments.push_back(Marked(zvArguments[i]));
   }
   return arguments;
+}
+
+// The parser says only that a command is missing where a mistyped one stands. Answers what to say of the
+// mistyped one; empty when there is none.
+std::string MistypedCommand(const CLI::App& app) {
+  const CLI::App* group = &app;
+  while (!group->get_subcommands().empty()) {
+    group = group->get_subcommands().front();
+  }
+  const std::vector<std::string> words = app.remaining(true);
+  if (group->get_require_subcommand_min() == 0 || words.empty() || words.front().starts_with('-')) {
+    return {};
+  }
+  std::vector<std::string> names;
+  for (const CLI::App* command : group->get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  const std::string zWord = Unmarked(words.front());
+  return "There is no command \"" + zWord + "\"." + DidYouMean(zWord, names);
 }
 
 }  // namespace
@@ -88,7 +108,9 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
     if (oJson->count() > 0) {
       context.Out.UseJson();
     }
-    context.Out.UsageError(std::string(error.what()) + ". Add --help to see how it is used.");
+    const std::string zMistyped = MistypedCommand(app);
+    context.Out.UsageError((zMistyped.empty() ? std::string(error.what()) + "." : zMistyped) +
+                           " Add --help to see how it is used.");
     lrExitCode = kUsage;
     return false;
   }

@@ -118,7 +118,8 @@ std::string OrderCheck::Text() const {
         "            " + Shown(misfit.ItemNumber) + ": " + MisfitText(misfit.Quantity, misfit.Pack) + "\n";
   }
   return zText + Part("Delivery    ", DeliveryValid, DeliveryMissing) +
-         Part("Payment     ", PaymentValid, AllPaymentMissing());
+         Part("Payment     ", PaymentValid, AllPaymentMissing()) +
+         (XmlProblem ? "XML         " + (XmlProblem->empty() ? "complete" : Shown(*XmlProblem)) + "\n" : "");
 }
 
 Json OrderCheck::ToJson() const {
@@ -129,12 +130,16 @@ Json OrderCheck::ToJson() const {
                        {"Pack", misfit.Pack},
                        {"NearestQuantities", NearestJson(misfit.Quantity, misfit.Pack)}});
   }
-  return {
+  Json check = {
       {"valid", AllValid()},
       {"lines",
        {{"valid", LinesValid}, {"count", LineCount}, {"checked", QuantitiesChecked}, {"misfits", misfits}}},
       {"delivery", {{"valid", DeliveryValid}, {"missing", DeliveryMissing}}},
       {"payment", {{"valid", PaymentValid}, {"missing", AllPaymentMissing()}}}};
+  if (XmlProblem) {
+    check["xml"] = {{"valid", XmlProblem->empty()}, {"problem", *XmlProblem}};
+  }
+  return check;
 }
 
 OrderCheck CheckOrder(const OrderDetails& order, bool bvChecked) {

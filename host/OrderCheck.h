@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,7 +29,12 @@ struct OrderCheck {
   std::vector<std::string> PaymentMissing;  // of what the store keeps
   std::vector<std::string> CardMissing;     // of what a card file gives
 
-  bool AllValid() const { return LinesValid && DeliveryValid && PaymentValid; }
+  // Why the order cannot be exported, asked of an order that is checked whole; else nothing.
+  std::optional<std::string> XmlProblem;
+
+  bool AllValid() const {
+    return LinesValid && DeliveryValid && PaymentValid && XmlProblem.value_or("").empty();
+  }
   std::vector<std::string> AllPaymentMissing() const;
   // Why the lines are not valid, in a sentence.
   std::string LinesText() const;

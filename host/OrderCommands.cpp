@@ -55,11 +55,25 @@ int Show(Context& context, const ShowOptions& options) {
   return bChecked ? kGood : kNotGood;
 }
 
+// Why the order cannot be exported; empty when it can.
+std::string XmlProblem(CurrentOrder& order, bool bvChecked) {
+  if (!bvChecked) {
+    return "The document says of each quantity whether it is valid, which cannot be checked.";
+  }
+  try {
+    order.GetXML();
+    return {};
+  } catch (const Failure& failure) {
+    return failure.Description();
+  }
+}
+
 int Validate(Context& context, const ValidateOptions& options) {
   const auto oOrder = OpenCurrentOrder(context);
   TakeCard(context, options.CardFile, *oOrder);
   const bool bChecked = LoadCheckedLines(context, *oOrder, 0);
-  const OrderCheck check = CheckOrder(*oOrder->OrderDetails(), bChecked);
+  OrderCheck check = CheckOrder(*oOrder->OrderDetails(), bChecked);
+  check.XmlProblem = XmlProblem(*oOrder, bChecked);
   context.Out.Text(check.Text());
   context.Out.Data(check.ToJson());
   return check.AllValid() ? kGood : kNotGood;
@@ -87,8 +101,8 @@ int Xml(Context& context, const XmlOptions& options) {
 void CheckBeforeSubmission(Context& context, const OrderCheck& check, bool bvForce) {
   if (!check.LinesValid) {
     if (!bvForce) {
-      throw UsageError("Nothing was submitted. " + check.LinesText() +
-                       " `qm-ordering order validate` tells more; --force submits the order all the same.");
+      throw Refusal("Nothing was submitted. " + check.LinesText() +
+                    " `qm-ordering order validate` tells more; --force submits the order all the same.");
     }
     context.Out.Warning(check.LinesText() + " Submitted all the same.");
   }
@@ -104,7 +118,8 @@ void CheckBeforeSubmission(Context& context, const OrderCheck& check, bool bvFor
 
 int Submit(Context& context, const SubmitOptions& options) {
   const auto oOrder = OpenCurrentOrder(context);
-  const bool bChecked = LoadCheckedLines(context, *oOrder, 0);
+  const bool bChecked =
+      LoadCheckedLines(context, *oOrder, 0, options.Force ? Uncheckable::Warning : Uncheckable::Error);
   CheckBeforeSubmission(context, CheckOrder(*oOrder->OrderDetails(), bChecked), options.Force);
   const std::int32_t lSubmitted = oOrder->OrderDetails()->OrderID();
   const std::string zNumber = oOrder->OrderDetails()->PurchaseOrderNumber();
@@ -115,6 +130,7 @@ int Submit(Context& context, const SubmitOptions& options) {
   CheckRecord(oOrder->Error());
   oOrder->LoadItems(0);
   const std::int32_t lCurrent = oOrder->OrderDetails()->OrderID();
+  context.Out.MarkChange();
   context.Out.Text("Submitted order " + std::to_string(lSubmitted) + ", PO number " +
                    (zNumber.empty() ? "none" : Shown(zNumber)) + ".\nThe current order is now order " +
                    std::to_string(lCurrent) + ".\n");
@@ -150,9 +166,10 @@ void AddOrderCommands(CLI::App& app, Command& chosen) {
                  validateOptions, Validate);
   AddText(validate, "--card-file", validateOptions->CardFile, kCardFileHelp)->type_name("FILE");
   validate.footer(
-      "Looks at the quantities of the lines, the delivery information and the payment information, and "
-      "names\n"
-      "what is missing. Exit code 1 when something is. A payment by card needs --card-file: card number and\n"
+      "Looks at the quantities of the lines, the delivery information and the payment information, names "
+      "what is\n"
+      "missing, and tries whether the order can be exported. Exit code 1 when a check fails. A payment by "
+      "card needs --card-file: card number and\n"
       "expiry are never stored.");
 
   auto xmlOptions = std::make_shared<XmlOptions>();
@@ -173,7 +190,7 @@ void AddOrderCommands(CLI::App& app, Command& chosen) {
       "The order moves into the history with the date of today, and a new current order takes its place,\n"
       "filled from the order defaults. Without --force an order without lines, or with a quantity that does "
       "not\n"
-      "fit its pack, is refused with exit code 2. Delivery or payment information that is not complete is "
+      "fit its pack, is refused with exit code 1. Delivery or payment information that is not complete is "
       "only\n"
       "warned of: `order validate` checks it.");
 }

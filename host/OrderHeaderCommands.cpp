@@ -66,6 +66,7 @@ int Set(Context& context, const SetOptions& options) {
   }
   oOrder->SaveSummary();
   CheckRecord(oOrder->Error());
+  context.Out.MarkChange();
   context.Out.Text(zText);
   context.Out.Data({{"set", set}});
   return kGood;
@@ -102,6 +103,7 @@ int ApplyRegistration(Context& context, const ApplyOptions& options) {
   CheckRecord(oOrder->OrderDetails()->Error());
   oOrder->LoadSummary();
   CheckRecord(oOrder->Error());
+  context.Out.MarkChange();
   context.Out.Text("The order's details are now:\n\n" + HeaderText(*oOrder->OrderDetails()));
   context.Out.Data(HeaderJson(*oOrder->OrderDetails()));
   return kGood;

@@ -97,13 +97,16 @@ void Report(Context& context, const std::vector<Change>& changes, const OrderDet
                bFits ? "" : "*", std::to_string(lPack)});
     line["Quantity"] = oItem->Quantity();
     line["Pack"] = lPack;
-    line["ValidQuantity"] = bFits;
+    line["ValidQuantity"] = lPack == 0 ? Json() : Json(bFits);
     if (!bFits) {
       zMisfits += "* " + Shown(change.ItemNumber) + ": " + MisfitText(oItem->Quantity(), lPack) + ".\n";
+    }
+    if (!bFits && lPack != 0) {
       line["NearestQuantities"] = NearestJson(oItem->Quantity(), lPack);
     }
     lines.push_back(line);
   }
+  context.Out.MarkChange();
   context.Out.Text(table.Text(Output::Width()) + "\nTotal " + MoneyText(order.TotalPrice()) + "\n" +
                    zMisfits);
   context.Out.Data({{"lines", lines}, {"TotalPrice", order.TotalPrice().ToString()}});
@@ -146,12 +149,14 @@ std::string ShortList(const std::vector<std::string>& zvNames) {
   return Listed(first);
 }
 
-// Says what a user may not expect of the items that are about to be added.
-void Announce(Context& context, const std::vector<Request>& requests, const Catalogue& catalogue) {
+// Says what a user may not expect of the items that are about to be added. A line that is in the order
+// already keeps the pack sizes that it has.
+void Announce(Context& context, const std::vector<Request>& requests, const Catalogue& catalogue,
+              const OrderItems& stored) {
   std::vector<std::string> withoutPack;
   std::vector<std::string> withMark;
   for (const Request& request : requests) {
-    if (catalogue.HadNoPack(*request.Item)) {
+    if (catalogue.HadNoPack(*request.Item) && stored.Item(request.Item->ItemNumber()) == nullptr) {
       withoutPack.push_back(request.Item->ItemNumber());
     }
     if (request.Item->ItemNumber().find("DUP") != std::string::npos) {
@@ -198,6 +203,9 @@ void ReportUnfinished(Context& context, CurrentOrder& order, const std::vector<R
   context.Out.Warning("Adding item " + requests[changes.size()].Item->ItemNumber() +
                       " failed. Added before it: " + std::to_string(changes.size()) + " of " +
                       std::to_string(requests.size()) + ".");
+  if (changes.empty()) {
+    return;
+  }
   try {
     LoadUncheckedLines(order);
     Report(context, changes, *order.OrderDetails());
@@ -213,9 +221,9 @@ int Add(Context& context, const AddOptions& options) {
   // All of it is checked before anything is added.
   const Catalogue catalogue(options.CatalogueFile, context.Out);
   const std::vector<Request> requests = Requests(options, catalogue);
-  Announce(context, requests, catalogue);
   const auto oOrder = OpenCurrentOrder(context);
   LoadUncheckedLines(*oOrder);
+  Announce(context, requests, catalogue, *oOrder->OrderDetails()->OrderItems());
   std::vector<Change> changes;
   try {
     AddAll(context, *oOrder, requests, changes);
@@ -273,6 +281,7 @@ int Clear(Context& context) {
   const auto lLines = static_cast<std::size_t>(oOrder->ItemCount());
   oOrder->ClearItems();
   const Currency cTotal = oOrder->OrderDetails()->TotalPrice();
+  context.Out.MarkChange();
   context.Out.Text("Removed " + Counted(lLines, "line") + ".\nTotal " + MoneyText(cTotal) + "\n");
   context.Out.Data({{"RemovedLines", lLines}, {"TotalPrice", cTotal.ToString()}});
   return kGood;

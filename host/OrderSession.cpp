@@ -38,7 +38,7 @@ std::shared_ptr<CurrentOrder> OpenCurrentOrder(Context& context) {
   return oOrder;
 }
 
-bool LoadCheckedLines(Context& context, CurrentOrder& order, std::int32_t lvSortOrder) {
+bool LoadCheckedLines(Context& context, CurrentOrder& order, std::int32_t lvSortOrder, Uncheckable told) {
   try {
     order.LoadItems(lvSortOrder);
     return true;
@@ -48,10 +48,15 @@ bool LoadCheckedLines(Context& context, CurrentOrder& order, std::int32_t lvSort
     }
     order.OrderDetails()->LoadItems(lvSortOrder, true, false);
     const std::vector<std::string> items = LinesWithoutPack(*order.OrderDetails());
-    context.Out.Error(failure.Number(), failure.Description() + ". The pack size of " + Listed(items) +
-                                            " is 0, so no quantity of this order can be checked. Take the " +
-                                            (items.size() == 1 ? "line" : "lines") +
-                                            " out with `order remove ITEM` and add the item again.");
+    const std::string zText = failure.Description() + ". The pack size of " + Listed(items) +
+                              " is 0, so no quantity of this order can be checked. Take the " +
+                              (items.size() == 1 ? "line" : "lines") +
+                              " out with `order remove ITEM` and add the item again.";
+    if (told == Uncheckable::Warning) {
+      context.Out.Warning(zText);
+    } else {
+      context.Out.Error(failure.Number(), zText);
+    }
     return false;
   }
 }

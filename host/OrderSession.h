@@ -13,9 +13,13 @@ namespace host {
 // cannot be loaded.
 std::shared_ptr<qm_ordering::CurrentOrder> OpenCurrentOrder(Context& context);
 
+// How a check that is impossible is told: as the error that ends a command, or as a warning on its way.
+enum class Uncheckable { Error, Warning };
+
 // Loads the lines and has their quantities checked. Where a pack size of 0 makes the check impossible, says
-// so as an error that names the lines, loads them unchecked, and answers false.
-bool LoadCheckedLines(Context& context, qm_ordering::CurrentOrder& order, std::int32_t lvSortOrder);
+// so in a message that names the lines, loads them unchecked, and answers false.
+bool LoadCheckedLines(Context& context, qm_ordering::CurrentOrder& order, std::int32_t lvSortOrder,
+                      Uncheckable told = Uncheckable::Error);
 
 // Loads the lines without a check of their quantities.
 void LoadUncheckedLines(qm_ordering::CurrentOrder& order);

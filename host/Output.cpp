@@ -102,9 +102,10 @@ bool Output::Finish() {
   if (m_lWriteError == 0 && std::ferror(stdout) == 0) {
     return true;
   }
-  Error(qm_ordering::failure::kFileAccess, "Not all of the output could be written to standard output: " +
-                                               std::generic_category().message(m_lWriteError) +
-                                               ". What the command did to the order is done all the same.");
+  Error(qm_ordering::failure::kFileAccess,
+        "Not all of the output could be written to standard output: " +
+            std::generic_category().message(m_lWriteError) + "." +
+            (m_bChange ? " What the command did is done all the same." : ""));
   return false;
 }
 

@@ -36,6 +36,9 @@ class Output {
   void Error(std::int32_t lvNumber, const std::string& zvDescription,
              const qm_ordering::LastFailureInfo& cause = {});
 
+  // The data tells of a change that was made, which stays even when the data cannot be written.
+  void MarkChange() { m_bChange = true; }
+
   // Writes what is still in memory. False, with an error on stderr, when not all of the data could be
   // written.
   bool Finish();
@@ -45,6 +48,7 @@ class Output {
   void Message(const std::string& zvKind, const std::string& zvText);
 
   bool m_bJson = false;
+  bool m_bChange = false;
   int m_lWriteError = 0;
 };
 

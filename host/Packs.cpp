@@ -55,6 +55,9 @@ std::string NearestText(std::int32_t lvQuantity, std::int32_t lvPack) {
 }
 
 std::string MisfitText(std::int32_t lvQuantity, std::int32_t lvPack) {
+  if (lvPack == 0) {
+    return "its pack size is 0, so its quantity cannot be checked";
+  }
   const NearestQuantities nearest = NearestThatFit(lvQuantity, lvPack);
   return std::to_string(lvQuantity) + " is not a whole number of packs of " + std::to_string(lvPack) +
          (nearest.Below && nearest.Above ? "; the nearest that fit are " : "; the nearest that fits is ") +

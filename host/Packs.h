@@ -28,7 +28,8 @@ Json NearestJson(std::int32_t lvQuantity, std::int32_t lvPack);
 // "20 or 30".
 std::string NearestText(std::int32_t lvQuantity, std::int32_t lvPack);
 
-// "25 is not a whole number of packs of 10; the nearest that fit are 20 or 30".
+// "25 is not a whole number of packs of 10; the nearest that fit are 20 or 30", or of a pack of 0 that the
+// quantity cannot be checked.
 std::string MisfitText(std::int32_t lvQuantity, std::int32_t lvPack);
 
 }  // namespace host

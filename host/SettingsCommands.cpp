@@ -81,9 +81,23 @@ int Get(Context& context, const KeyOptions& options) {
   return kGood;
 }
 
+// The library names the store in a connection string, where a semicolon ends the name and a brace at its
+// beginning quotes it.
+void RefuseUnusableStoreFolder(const std::string& zvFolder) {
+  if (zvFolder.find(';') != std::string::npos || zvFolder.starts_with('{')) {
+    throw UsageError("The folder \"" + zvFolder + "\" " +
+                     (zvFolder.starts_with('{') ? "begins with a brace" : "holds a semicolon") +
+                     ", so a connection string could not name it. Nothing was set.");
+  }
+}
+
 int Set(Context& context, const KeyOptions& options) {
   const std::string zKey = KnownKey(options.Key);
+  if (zKey == UserSettingConstants::ORDERINGDATABASEPATH) {
+    RefuseUnusableStoreFolder(options.Value);
+  }
   SetSetting(context, zKey, options.Value);
+  context.Out.MarkChange();
   context.Out.Text(zKey + " = " + Shown(options.Value) + "\n");
   context.Out.Data({{"key", zKey}, {"value", options.Value}});
   if (zKey == UserSettingConstants::ORDERINGDATABASEPATH && !options.Value.empty() &&

@@ -83,6 +83,7 @@ int Create(Context& context, const CreateOptions& options) {
     context.Out.Note(std::string(ORDERINGDATABASEPATH) + " is still " + zSetting +
                      ", so the new store is not the one in use. To use it: " + HowToUse(zFolder));
   }
+  context.Out.MarkChange();
   context.Out.Text("Created " + Shown(zPath) + "\n");
   context.Out.Data({{"path", zPath}, {"OrderingDatabasePath", Setting(context, ORDERINGDATABASEPATH)}});
   return kGood;

@@ -44,6 +44,9 @@ int RunChosen(host::Context& context, const host::Command& chosen) {
   } catch (const host::UsageError& error) {
     context.Out.UsageError(error.what());
     return host::kUsage;
+  } catch (const host::Refusal& refusal) {
+    context.Out.UsageError(refusal.what());
+    return host::kNotGood;
   } catch (const host::RecordError& error) {
     context.Out.Error(error.Number(), error.what(), LastFailure());
     return host::kNotGood;

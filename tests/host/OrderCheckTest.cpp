@@ -60,10 +60,13 @@ TEST_F(OrderCheck, ACompleteOrderIsValid) {
   CompleteForCollection();
   EXPECT_EQ(nlohmann::json::parse(R"({"valid": true,
               "lines": {"valid": true, "count": 2, "checked": true, "misfits": []},
-              "delivery": {"valid": true, "missing": []}, "payment": {"valid": true, "missing": []}})"),
+              "delivery": {"valid": true, "missing": []}, "payment": {"valid": true, "missing": []},
+              "xml": {"valid": true, "problem": ""}})"),
             Validate(0));
-  EXPECT_EQ("Quantities  2 lines, every quantity fits its pack\nDelivery    complete\nPayment     complete\n",
-            Run({"order", "validate"}).Out);
+  EXPECT_EQ(
+      "Quantities  2 lines, every quantity fits its pack\nDelivery    complete\nPayment     complete\n"
+      "XML         complete\n",
+      Run({"order", "validate"}).Out);
 }
 
 TEST_F(OrderCheck, MissingFieldsOfACollectionAreNamed) {
@@ -146,6 +149,7 @@ TEST_F(OrderCheck, APackSizeOfZeroCannotBeChecked) {
   EXPECT_EQ(1, run.ExitCode);
   EXPECT_EQ(11, run.Messages()[0]["error"]["number"]);
   EXPECT_EQ(false, run.Data()["lines"]["checked"]);
+  EXPECT_EQ(false, run.Data()["xml"]["valid"]);
   EXPECT_EQ(false, run.Data()["valid"]);
 }
 
@@ -233,6 +237,29 @@ TEST_F(OrderCheck, ATextThatXmlCannotHoldWritesNoFile) {
   EXPECT_EQ("old", test::ReadFile(Folder.File("o.xml")));
 }
 
+TEST_F(OrderCheck, AnOrderThatCannotBeExportedIsNotValid) {
+  AddLines();
+  CompleteForCollection();
+  ASSERT_EQ(0, Run({"order", "set", "DeliveryInformation.Notes=a\x01"}).ExitCode);
+  const HostRun run = Run({"order", "validate"});
+  EXPECT_EQ(1, run.ExitCode);
+  EXPECT_EQ("", run.Err);
+  EXPECT_NE(std::string::npos, run.Out.find("\nXML         ")) << run.Out;
+  EXPECT_EQ(std::string::npos, run.Out.find("XML         complete")) << run.Out;
+  const auto check = Validate(1);
+  EXPECT_EQ(false, check["valid"]);
+  EXPECT_EQ(true, check["lines"]["valid"]);
+  EXPECT_EQ(true, check["delivery"]["valid"]);
+  EXPECT_EQ(true, check["payment"]["valid"]);
+  EXPECT_EQ(false, check["xml"]["valid"]);
+  // The same that the export says.
+  EXPECT_NE(std::string::npos, RunJson({"order", "xml"})
+                                   .Messages()
+                                   .at(0)["error"]["description"]
+                                   .get<std::string>()
+                                   .find(check["xml"]["problem"].get<std::string>()));
+}
+
 TEST_F(OrderCheck, XmlOfAnOrderThatCannotBeCheckedIsRefused) {
   AddLines();
   Store().Run("update tblOrderItem set lSellQuantity = 0 where zItemNumber = 'B2'");
@@ -305,7 +332,7 @@ TEST_F(OrderCheck, SubmitRefusesQuantitiesThatDoNotFitUnlessForced) {
   AddLines("25");
   CompleteForCollection();
   const HostRun refused = Run({"order", "submit"});
-  EXPECT_EQ(2, refused.ExitCode);
+  EXPECT_EQ(1, refused.ExitCode);
   EXPECT_NE(std::string::npos, refused.Err.find("Nothing was submitted"));
   EXPECT_NE(std::string::npos, refused.Err.find("--force"));
   EXPECT_EQ(1, Order()["OrderID"]);
@@ -315,8 +342,28 @@ TEST_F(OrderCheck, SubmitRefusesQuantitiesThatDoNotFitUnlessForced) {
   EXPECT_EQ(2, Order()["OrderID"]);
 }
 
+TEST_F(OrderCheck, SubmitRefusesAnOrderThatCannotBeCheckedUnlessForced) {
+  AddLines();
+  CompleteForCollection();
+  Store().Run("update tblOrderItem set lSellQuantity = 0 where zItemNumber = 'B2'");
+  const HostRun refused = Run({"order", "submit"});
+  EXPECT_EQ(1, refused.ExitCode);
+  EXPECT_EQ(0U, refused.Err.find("error 11: ")) << refused.Err;
+  EXPECT_NE(std::string::npos, refused.Err.find("Nothing was submitted"));
+  EXPECT_EQ("1", Store().Value("select bIsCurrent <> 0 from tblOrder where lOrderID = 1"));
+  const HostRun forced = Run({"order", "submit", "--force"});
+  EXPECT_EQ(0, forced.ExitCode);
+  EXPECT_EQ(std::string::npos, forced.Err.find("error")) << forced.Err;
+  EXPECT_EQ(0U, forced.Err.find("warning: ")) << forced.Err;
+  EXPECT_NE(std::string::npos, forced.Err.find("The pack size of B2 is 0"));
+  EXPECT_EQ("0", Store().Value("select bIsCurrent from tblOrder where lOrderID = 1"));
+}
+
 TEST_F(OrderCheck, SubmitRefusesAnOrderWithoutLinesUnlessForced) {
-  EXPECT_EQ(2, Run({"order", "submit"}).ExitCode);
+  const HostRun refused = RunJson({"order", "submit"});
+  EXPECT_EQ(1, refused.ExitCode);
+  ASSERT_EQ(1U, refused.Messages().size());
+  EXPECT_TRUE(refused.Messages()[0]["error"]["number"].is_null());
   EXPECT_EQ(1, Order()["OrderID"]);
   EXPECT_EQ(0, Run({"order", "submit", "--force"}).ExitCode);
   EXPECT_EQ(2, Order()["OrderID"]);

@@ -225,6 +225,38 @@ TEST_F(OrderLines, ItemNumbersThatLookLikeCommandsListsAndOptionsAreItemNumbers)
   EXPECT_EQ("0", LineCount());
 }
 
+TEST_F(OrderLines, AStoredPackOfZeroIsNamedInsteadOfNearestQuantities) {
+  ASSERT_EQ(0, Add({"B2", "8"}).ExitCode);
+  Store().Run("update tblOrderItem set lSellQuantity = 0");
+  // The catalogue gives no pack either, but the stored line keeps its own.
+  Write("catalogue.csv", "ItemNumber,Price\nB2,1\nD4,1\n");
+  const HostRun merged = Run({"order", "add", "--catalogue", m_zCatalogue, "B2", "1", "D4", "1"});
+  EXPECT_EQ(0, merged.ExitCode);
+  EXPECT_NE(std::string::npos,
+            merged.Out.find("* B2: its pack size is 0, so its quantity cannot be checked.\n"));
+  EXPECT_EQ(std::string::npos, merged.Out.find("nearest")) << merged.Out;
+  EXPECT_EQ("note: The catalogue gives no pack size for D4; it counts as pack 1.\n", merged.Err);
+  const HostRun changed = Run({"order", "quantity", "B2", "7"});
+  EXPECT_NE(std::string::npos,
+            changed.Out.find("* B2: its pack size is 0, so its quantity cannot be checked.\n"));
+  const auto line = RunJson({"order", "quantity", "B2", "6"}).Data()["lines"][0];
+  EXPECT_EQ(0, line["Pack"]);
+  EXPECT_TRUE(line["ValidQuantity"].is_null());
+  EXPECT_FALSE(line.contains("NearestQuantities"));
+}
+
+TEST_F(OrderLines, AFailedAddOfNothingShowsNoTable) {
+  Write("catalogue.csv", "ItemNumber,Price,SellQuantity,ShipQuantity\nO'1,1,1,1\nB2,1,1,1\n");
+  ASSERT_EQ(0, Add({"O'1", "1"}).ExitCode);
+  const HostRun none = Run({"order", "add", "--catalogue", m_zCatalogue, "O'1", "1"});
+  EXPECT_EQ(3, none.ExitCode);
+  EXPECT_EQ("", none.Out);
+  EXPECT_NE(std::string::npos, none.Err.find("Added before it: 0 of 1."));
+  const HostRun some = Run({"order", "add", "--catalogue", m_zCatalogue, "B2", "1", "O'1", "1"});
+  EXPECT_EQ(3, some.ExitCode);
+  EXPECT_NE(std::string::npos, some.Out.find("\nTotal "));
+}
+
 TEST_F(OrderLines, ClearRemovesAllLines) {
   ASSERT_EQ(0, Add({"A1", "10", "B2", "1"}).ExitCode);
   const HostRun run = RunJson({"order", "clear"});

@@ -85,6 +85,24 @@ TEST_F(HostOutput, WrongUsageIsExitCodeTwo) {
   }
 }
 
+TEST_F(HostOutput, AMistypedCommandIsNamedWithTheNearest) {
+  const auto message = [this](const std::vector<std::string>& arguments) {
+    const HostRun run = Run(arguments);
+    EXPECT_EQ(2, run.ExitCode);
+    return run.Err;
+  };
+  const std::string zHelp = " Add --help to see how it is used.\n";
+  EXPECT_EQ("qm-ordering: There is no command \"shwo\". Did you mean show?" + zHelp,
+            message({"order", "shwo"}));
+  EXPECT_EQ("qm-ordering: There is no command \"shwo\". Did you mean show?" + zHelp,
+            message({"order", "shwo", "--sort", "1"}));
+  EXPECT_EQ("qm-ordering: There is no command \"ordr\". Did you mean order?" + zHelp,
+            message({"ordr", "show"}));
+  EXPECT_EQ("qm-ordering: There is no command \"wrongest\"." + zHelp, message({"wrongest"}));
+  EXPECT_EQ("qm-ordering: There is no command \"[a]\"." + zHelp, message({"store", "[a]"}));
+  EXPECT_EQ("qm-ordering: A subcommand is required." + zHelp, message({"order"}));
+}
+
 TEST_F(HostOutput, GlobalOptionsMayStandBehindTheCommand) {
   const HostRun run = test::RunHost({"settings", "list", "--json", "--settings", SettingsFile()});
   EXPECT_EQ(0, run.ExitCode);
@@ -115,6 +133,37 @@ TEST_F(HostOutput, AReaderThatGoesAwayIsNoSuccess) {
   close(lEnds[1]);
   EXPECT_EQ(3, run.ExitCode);
   EXPECT_NE(std::string::npos, run.Err.find("Broken pipe"));
+}
+
+TEST_F(HostOutput, OnlyACommandThatChangesSomethingSaysThatItIsDoneWithoutAReader) {
+  CreateStore();
+  const std::string zDone = "What the command did is done all the same.";
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"order", "show"},
+                                             {"order", "validate"},
+                                             {"order", "xml"},
+                                             {"settings", "list"},
+                                             {"settings", "get", "LogPath"},
+                                             {"store", "check"},
+                                             {"store", "path"}}) {
+    const HostRun run = Run(arguments, {.OutputFile = "/dev/full"});
+    EXPECT_EQ(3, run.ExitCode) << arguments.back();
+    EXPECT_NE(std::string::npos, run.Err.find("error 75: ")) << run.Err;
+    EXPECT_EQ(std::string::npos, run.Err.find(zDone)) << run.Err;
+  }
+  const std::string zCatalogue = Write("catalogue.csv", kCatalogue);
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"order", "add", "--catalogue", zCatalogue, "B2", "1"},
+                                             {"order", "set", "PurchaseOrderNumber=PO-7"},
+                                             {"order", "apply-registration"},
+                                             {"order", "clear"},
+                                             {"order", "submit", "--force"},
+                                             {"store", "create", Folder.File("other")},
+                                             {"settings", "set", "LogPath", "/a"}}) {
+    const HostRun run = Run(arguments, {.OutputFile = "/dev/full"});
+    EXPECT_EQ(3, run.ExitCode) << arguments.back();
+    EXPECT_NE(std::string::npos, run.Err.find(zDone)) << run.Err;
+  }
 }
 
 // What the program writes to a terminal as its stderr; nothing where the machine gives out no terminals.

@@ -74,6 +74,18 @@ TEST_F(SettingsCommands, ARelativeStoreFolderIsWarnedOf) {
   EXPECT_EQ("", Run({"settings", "set", "OrderingDatabasePath", "/orders"}).Err);
 }
 
+TEST_F(SettingsCommands, AStoreFolderThatAConnectionStringCannotNameIsRefused) {
+  ASSERT_EQ(0, Run({"settings", "set", "OrderingDatabasePath", "/a{b}"}).ExitCode);
+  const HostRun semicolon = Run({"settings", "set", "orderingdatabasepath", "/a;b"});
+  EXPECT_EQ(2, semicolon.ExitCode);
+  EXPECT_NE(std::string::npos, semicolon.Err.find("holds a semicolon, so a connection string"));
+  const HostRun brace = Run({"settings", "set", "OrderingDatabasePath", "{a}"});
+  EXPECT_EQ(2, brace.ExitCode);
+  EXPECT_NE(std::string::npos, brace.Err.find("begins with a brace, so a connection string"));
+  EXPECT_EQ("/a{b}\n", Run({"settings", "get", "OrderingDatabasePath"}).Out);
+  EXPECT_EQ(0, Run({"settings", "set", "Reg_City", "{a;b"}).ExitCode);
+}
+
 TEST_F(SettingsCommands, ABrokenSettingsFileIsARaisedFailureThatNamesFileAndLine) {
   Write("settings.ini", "Reg_City=Reims\nno key here\n");
   const HostRun run = Run({"settings", "list"});
