@@ -46,8 +46,9 @@ class QM_ORDERING_API SettingsComponent {
 };
 
 // Chooses this thread's settings component; null chooses the library's own, which is also what a thread has
-// that never calls this. Raises failure 5 once an object of the library exists or has existed on the thread:
-// the store's location is read once for each thread and does not change under its objects.
+// that never calls this. Raises failure 5 once the thread's start-up has run, by its first object of the
+// library or by OrderStorePath or CheckOrderStore: the store's location is read once for each thread and does
+// not change under its objects.
 QM_ORDERING_API void InstallSettings(std::shared_ptr<SettingsComponent> oComponent);
 
 }  // namespace qm_ordering
