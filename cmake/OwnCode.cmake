@@ -4,7 +4,15 @@ target_compile_options(
   qm_ordering_own_code
   INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
             -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef -Werror)
-if(QM_ORDERING_SANITIZE)
+if(QM_ORDERING_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "QM_ORDERING_FUZZ needs clang++, whose fuzzer it uses: configure with "
+                        "-DCMAKE_CXX_COMPILER=clang++, in a build folder of its own")
+  endif()
+  # The fuzzer's own part is linked to the targets alone.
+  target_compile_options(qm_ordering_own_code INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+if(QM_ORDERING_SANITIZE OR QM_ORDERING_FUZZ)
   target_compile_options(qm_ordering_own_code INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
                                                         -fno-omit-frame-pointer)
   target_link_options(qm_ordering_own_code INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all)

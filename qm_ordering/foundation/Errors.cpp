@@ -3,13 +3,11 @@
 #include <exception>
 #include <new>
 
+#include "qm_ordering/platform/value/OutOfMemory.h"
+
 namespace qm_ordering {
 
 namespace {
-
-// Made when the library is loaded, since there is no memory for it when it is needed. Never destroyed:
-// threads may outlive main.
-const Failure& g_oOutOfMemory = *new Failure(failure::kOutOfMemory, "Out of memory");
 
 // Called in a catch (...) block.
 Failure ExceptionInFlight() {
@@ -18,7 +16,7 @@ Failure ExceptionInFlight() {
   } catch (const Failure& caught) {
     return caught;
   } catch (const std::bad_alloc&) {
-    return g_oOutOfMemory;
+    return OutOfMemory();
   } catch (const std::exception& exception) {
     return Failure(failure::kInvalidCall, exception.what());
   } catch (...) {
@@ -35,8 +33,23 @@ void ClearError(ErrorInfo& record) {
 
 void SetError(ErrorInfo& record, OrderingError lvCode, const std::string& zvDescription) {
   const OrderingErrorEntry& entry = ErrorTableEntry(lvCode);
-  record.Description = zvDescription.empty() ? entry.Text : zvDescription;
   record.Number = entry.Number;
+  try {
+    record.Description = zvDescription.empty() ? entry.Text : zvDescription;
+  } catch (const std::bad_alloc&) {
+    // A text so short that a string holds it in itself.
+    record.Description = OutOfMemory().Description();
+  }
+}
+
+void SetUnexpected(ErrorInfo& record, const Failure& failure) {
+  std::string zDetail;
+  try {
+    zDetail = ErrorDetail(failure.Number(), failure.Description());
+  } catch (const std::bad_alloc&) {
+    zDetail = OutOfMemory().Description();
+  }
+  SetError(record, OrderingError::errUnexpected, zDetail);
 }
 
 std::string ErrorDetail(std::int32_t lvNumber, std::string_view zvDescription) {
@@ -50,8 +63,8 @@ Failure CatchFailure(const char* zvOperation) noexcept {
     return caught;
   } catch (...) {
     // The text of another exception did not fit into memory.
-    RememberFailure(g_oOutOfMemory, zvOperation);
-    return g_oOutOfMemory;
+    RememberFailure(OutOfMemory(), zvOperation);
+    return OutOfMemory();
   }
 }
 

@@ -13,9 +13,13 @@ namespace qm_ordering {
 // Number 0, no description.
 void ClearError(ErrorInfo& record);
 
-// The table's number for the code, with zvDescription, or with the table's text when that is empty. Raises 9
-// for a code outside the table; the record is then unchanged.
+// The table's number for the code, with zvDescription, or with the table's text when that is empty; a text
+// that there is no memory for is replaced by "Out of memory". Raises 9 for a code outside the table; the
+// record is then unchanged.
 void SetError(ErrorInfo& record, OrderingError lvCode, const std::string& zvDescription);
+
+// errUnexpected with the failure's ErrorDetail, or with "Out of memory" alone when there is no memory for it.
+void SetUnexpected(ErrorInfo& record, const Failure& failure);
 
 // "NUMBER : DESCRIPTION", the description that a caught failure gives its record.
 std::string ErrorDetail(std::int32_t lvNumber, std::string_view zvDescription);

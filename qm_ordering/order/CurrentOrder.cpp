@@ -1,18 +1,21 @@
 #include "qm_ordering/order/CurrentOrder.h"
 
 #include "qm_ordering/foundation/Errors.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/store/Database.h"
 
 namespace qm_ordering {
 
-CurrentOrder::CurrentOrder() : m_oOrder(std::make_shared<qm_ordering::OrderDetails>()) {
+CurrentOrder::CurrentOrder()
+    : m_oOrder(OrOutOfMemory([] { return std::make_shared<qm_ordering::OrderDetails>(); })) {
   LoadSummary();
   ClearError(m_oError);
 }
 
 void CurrentOrder::LoadSummary() {
+  m_bSummaryLoaded = false;
   m_oOrder->LoadSummary(true);
-  m_oError = m_oOrder->Error();
+  CopyError();
   m_bSummaryLoaded = m_oError.Number == 0;
 }
 
@@ -23,7 +26,7 @@ void CurrentOrder::LoadItems(std::int32_t lvSortOrder) {
 
 void CurrentOrder::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem) {
   m_oOrder->AddItem(ovOrderItem);
-  m_oError = m_oOrder->Error();
+  CopyError();
 }
 
 void CurrentOrder::UpdateItems(const std::shared_ptr<OrderItems>& ovOrderItems) {
@@ -48,17 +51,17 @@ bool CurrentOrder::ItemExists(const std::string& zvItemNumber) const {
 
 void CurrentOrder::SaveSummary() {
   m_oOrder->SaveSummary(false);
-  m_oError = m_oOrder->Error();
+  CopyError();
 }
 
 void CurrentOrder::SavePONumber() {
   m_oOrder->SavePONumber();
-  m_oError = m_oOrder->Error();
+  CopyError();
 }
 
 void CurrentOrder::SaveToHistory() {
   m_oOrder->SaveToHistory();
-  m_oError = m_oOrder->Error();
+  CopyError();
 }
 
 void CurrentOrder::ApplyRegistrationSettings() {
@@ -68,6 +71,10 @@ void CurrentOrder::ApplyRegistrationSettings() {
 
 std::string CurrentOrder::GetXML() const {
   return m_oOrder->GetXML();
+}
+
+void CurrentOrder::CopyError() {
+  OrOutOfMemory([&] { m_oError = m_oOrder->Error(); });
 }
 
 void CurrentOrder::UpdateCustPartInfo(std::int32_t lvOrderID, const std::string& zvItemNumber,

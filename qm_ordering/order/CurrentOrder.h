@@ -61,6 +61,8 @@ class QM_ORDERING_API CurrentOrder : public LibraryObject {
                                  const std::string& zvCustomerPartNumber, const std::string& zvCustomerNotes);
   static void DeleteCustPartInfo(const std::string& zvCustomerPartNumber, std::int32_t lvOrderID);
 
+  void CopyError();
+
   std::shared_ptr<qm_ordering::OrderDetails> m_oOrder;
   ErrorInfo m_oError;
   bool m_bSummaryLoaded = false;

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "qm_ordering/foundation/Arrays.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/platform/xml/Document.h"
 
 namespace qm_ordering {
@@ -27,41 +28,45 @@ std::string DeliveryInformation::ShippingMethodName() const {
 }
 
 bool DeliveryInformation::Validate() const {
-  if (m_lDeliveryMethod == 0) {
-    return !HasBlankEntry({m_zCallBranchNumber, m_zCallAttention, m_zCallPhoneNumber});
-  }
-  if (HasBlankEntry({m_zFirstName, m_zLastName, m_zCompanyName, m_zAddress1, m_zCity, m_zZipOrPostCode,
-                     m_zCountry, m_zPhoneNumber})) {
-    return false;
-  }
-  return !m_zState.empty() || !m_zStateOr.empty();
+  return OrOutOfMemory([&] {
+    if (m_lDeliveryMethod == 0) {
+      return !HasBlankEntry({m_zCallBranchNumber, m_zCallAttention, m_zCallPhoneNumber});
+    }
+    if (HasBlankEntry({m_zFirstName, m_zLastName, m_zCompanyName, m_zAddress1, m_zCity, m_zZipOrPostCode,
+                       m_zCountry, m_zPhoneNumber})) {
+      return false;
+    }
+    return !m_zState.empty() || !m_zStateOr.empty();
+  });
 }
 
 std::string DeliveryInformation::GetXML() const {
-  xml::Document document;
-  xml::Element element = document.CreateElement("deliveryinformation");
-  element.SetAttribute("deliverymethod", std::to_string(m_lDeliveryMethod));
-  element.SetAttribute("firstname", m_zFirstName);
-  element.SetAttribute("lastname", m_zLastName);
-  element.SetAttribute("companyname", m_zCompanyName);
-  element.SetAttribute("address1", m_zAddress1);
-  element.SetAttribute("address2", m_zAddress2);
-  element.SetAttribute("city", m_zCity);
-  element.SetAttribute("state", m_zState);
-  element.SetAttribute("stateor", m_zStateOr);
-  element.SetAttribute("ziporpostcode", m_zZipOrPostCode);
-  element.SetAttribute("country", m_zCountry);
-  element.SetAttribute("phonenumber", m_zPhoneNumber);
-  element.SetAttribute("phoneext", m_zPhoneExt);
-  element.SetAttribute("fax", m_zFax);
-  element.SetAttribute("shippingmethod", std::to_string(m_lShippingMethod));
-  element.SetAttribute("shippingmethodname", ShippingMethodName());
-  element.SetAttribute("notes", m_zNotes);
-  element.SetAttribute("callbranchnumber", m_zCallBranchNumber);
-  element.SetAttribute("callattention", m_zCallAttention);
-  element.SetAttribute("callphonenumber", m_zCallPhoneNumber);
-  element.SetAttribute("callphoneext", m_zCallPhoneExt);
-  return element.XML();
+  return OrOutOfMemory([&] {
+    xml::Document document;
+    xml::Element element = document.CreateElement("deliveryinformation");
+    element.SetAttribute("deliverymethod", std::to_string(m_lDeliveryMethod));
+    element.SetAttribute("firstname", m_zFirstName);
+    element.SetAttribute("lastname", m_zLastName);
+    element.SetAttribute("companyname", m_zCompanyName);
+    element.SetAttribute("address1", m_zAddress1);
+    element.SetAttribute("address2", m_zAddress2);
+    element.SetAttribute("city", m_zCity);
+    element.SetAttribute("state", m_zState);
+    element.SetAttribute("stateor", m_zStateOr);
+    element.SetAttribute("ziporpostcode", m_zZipOrPostCode);
+    element.SetAttribute("country", m_zCountry);
+    element.SetAttribute("phonenumber", m_zPhoneNumber);
+    element.SetAttribute("phoneext", m_zPhoneExt);
+    element.SetAttribute("fax", m_zFax);
+    element.SetAttribute("shippingmethod", std::to_string(m_lShippingMethod));
+    element.SetAttribute("shippingmethodname", ShippingMethodName());
+    element.SetAttribute("notes", m_zNotes);
+    element.SetAttribute("callbranchnumber", m_zCallBranchNumber);
+    element.SetAttribute("callattention", m_zCallAttention);
+    element.SetAttribute("callphonenumber", m_zCallPhoneNumber);
+    element.SetAttribute("callphoneext", m_zCallPhoneExt);
+    return element.XML();
+  });
 }
 
 }  // namespace qm_ordering

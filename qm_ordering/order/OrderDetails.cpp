@@ -12,12 +12,16 @@
 #include "qm_ordering/platform/settings/InstalledSettings.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/store/Database.h"
 #include "qm_ordering/store/OrderHeader.h"
 
 namespace qm_ordering {
 
 namespace {
+
+// How often the current order is created before a store that shows none is taken to be damaged.
+constexpr int kCreations = 10;
 
 // The columns of the current row of a result set, with nulls of texts and dates made empty.
 class Row {
@@ -255,7 +259,8 @@ std::int32_t AddQuantities(std::int32_t lvStored, std::int32_t lvAdded, const st
 
 }  // namespace
 
-OrderDetails::OrderDetails() : m_oOrderItems(std::make_shared<qm_ordering::OrderItems>()) {}
+OrderDetails::OrderDetails()
+    : m_oOrderItems(OrOutOfMemory([] { return std::make_shared<qm_ordering::OrderItems>(); })) {}
 
 OrderDetails::~OrderDetails() = default;
 
@@ -283,7 +288,8 @@ void OrderDetails::LoadSummary(bool bvIsLoadCurrent) {
       m_oError = storeError;
       return;
     }
-    if (IsEmpty(*rows)) {
+    // More than once when another program has submitted at once what was just created.
+    for (int i = 0; i < kCreations && IsEmpty(*rows); ++i) {
       if (!bvIsLoadCurrent) {
         SetError(m_oError, OrderingError::errOrderNotFound, "");
         return;
@@ -303,71 +309,78 @@ void OrderDetails::LoadSummary(bool bvIsLoadCurrent) {
     ClearError(m_oError);
   } catch (...) {
     const Failure failure = CatchFailure("OrderDetails.LoadSummary");
-    SetError(m_oError, OrderingError::errUnexpected, ErrorDetail(failure.Number(), failure.Description()));
+    SetUnexpected(m_oError, failure);
   }
 }
 
 void OrderDetails::LoadItems(std::int32_t lvSortType, bool bvIsLoadCurrent, bool bvValidate) {
-  m_oOrderItems = std::make_shared<qm_ordering::OrderItems>();
-  const ReadingItems reading(Store());
-  const auto rows = Store().OrderDetails_GetItems(m_lOrderID, lvSortType, bvIsLoadCurrent);
-  m_bHasInvalidQuantities = false;
-  const LineFields fields(*rows);
-  for (; !rows->AtEnd(); rows->MoveNext()) {
-    const std::string zStoredNumber = fields.ItemNumber.Value().ToString();
-    const std::shared_ptr<OrderItem> oItem = MakeLine(fields, zStoredNumber);
-    if (bvValidate) {
-      const auto oDelivery = RequireObject(m_oDeliveryInformation, "the delivery information");
-      if (!oItem->Validate(oDelivery->DeliveryMethod())) {
-        m_bHasInvalidQuantities = true;
+  OrOutOfMemory([&] {
+    m_oOrderItems = std::make_shared<qm_ordering::OrderItems>();
+    const ReadingItems reading(Store());
+    const auto rows = Store().OrderDetails_GetItems(m_lOrderID, lvSortType, bvIsLoadCurrent);
+    m_bHasInvalidQuantities = false;
+    const LineFields fields(*rows);
+    for (; !rows->AtEnd(); rows->MoveNext()) {
+      const std::string zStoredNumber = fields.ItemNumber.Value().ToString();
+      const std::shared_ptr<OrderItem> oItem = MakeLine(fields, zStoredNumber);
+      if (bvValidate) {
+        const auto oDelivery = RequireObject(m_oDeliveryInformation, "the delivery information");
+        if (!oItem->Validate(oDelivery->DeliveryMethod())) {
+          m_bHasInvalidQuantities = true;
+        }
       }
+      m_oOrderItems->Add(oItem, zStoredNumber);
     }
-    m_oOrderItems->Add(oItem, zStoredNumber);
-  }
+  });
 }
 
 void OrderDetails::SaveSummary(bool) {
-  if (m_lOrderID == -1) {
-    // Hosts tell this number 1 from "Item already exists in order" by the text.
-    m_oError.Number = 1;
-    m_oError.Description = "Order not loaded yet";
-    return;
-  }
-  Store().OrderDetails_SaveSummary(HeaderOf(*this));
-  m_oError = Store().Error();
+  OrOutOfMemory([&] {
+    if (m_lOrderID == -1) {
+      // Hosts tell this number 1 from "Item already exists in order" by the text.
+      m_oError = {1, "Order not loaded yet"};
+      return;
+    }
+    Store().OrderDetails_SaveSummary(HeaderOf(*this));
+    m_oError = Store().Error();
+  });
 }
 
 void OrderDetails::SavePONumber() {
-  Store().SavePONumber(m_lOrderID, m_zPurchaseOrderNumber);
-  m_oError = Store().Error();
+  OrOutOfMemory([&] {
+    Store().SavePONumber(m_lOrderID, m_zPurchaseOrderNumber);
+    m_oError = Store().Error();
+  });
 }
 
 void OrderDetails::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem) {
-  if (m_lOrderID == -1) {
-    SetError(m_oError, OrderingError::errOrderNotLoaded, "");
-    return;
-  }
-  OrderItem& item = *RequireObject(ovOrderItem, "the item to be added");
-  const Currency cExtendedPrice = item.Price() * item.Quantity();
-  item.OrderID(m_lOrderID);
-  item.ExtendedPrice(cExtendedPrice);
-  if (Store().OrderDetails_ItemExists(m_lOrderID, item.ItemNumber()) && MergeIntoStoredLine(item)) {
-    Store().Order_UpdateTotalPrice(m_lOrderID);
-    if (m_oError.Number == 0) {
-      m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+  OrOutOfMemory([&] {
+    if (m_lOrderID == -1) {
+      SetError(m_oError, OrderingError::errOrderNotLoaded, "");
+      return;
     }
-    return;
-  }
-  Store().OrderDetails_AddItem(
-      item.OrderID(), item.ItemNumber(), item.Quantity(), item.Description(), item.ShortDescription(),
-      item.Manufacturer(), item.Model(), item.SellQuantity(), item.ShipQuantity(), item.UsuallyShips(),
-      item.IsTaxable(), item.Price(), item.ExtendedPrice(), item.IsPriceModified(), item.CustomerPartNumber(),
-      item.CustomerNotes(), item.HasNotes(), item.HasPartsInfo());
-  m_oError = Store().Error();
-  if (m_oError.Number == 0) {
-    m_oOrderItems->Add(ovOrderItem, item.ItemNumber());
-    m_cTotalPrice += item.ExtendedPrice();
-  }
+    OrderItem& item = *RequireObject(ovOrderItem, "the item to be added");
+    const Currency cExtendedPrice = item.Price() * item.Quantity();
+    item.OrderID(m_lOrderID);
+    item.ExtendedPrice(cExtendedPrice);
+    if (Store().OrderDetails_ItemExists(m_lOrderID, item.ItemNumber()) && MergeIntoStoredLine(item)) {
+      Store().Order_UpdateTotalPrice(m_lOrderID);
+      if (m_oError.Number == 0) {
+        m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+      }
+      return;
+    }
+    Store().OrderDetails_AddItem(
+        item.OrderID(), item.ItemNumber(), item.Quantity(), item.Description(), item.ShortDescription(),
+        item.Manufacturer(), item.Model(), item.SellQuantity(), item.ShipQuantity(), item.UsuallyShips(),
+        item.IsTaxable(), item.Price(), item.ExtendedPrice(), item.IsPriceModified(),
+        item.CustomerPartNumber(), item.CustomerNotes(), item.HasNotes(), item.HasPartsInfo());
+    m_oError = Store().Error();
+    if (m_oError.Number == 0) {
+      m_oOrderItems->Add(ovOrderItem, item.ItemNumber());
+      m_cTotalPrice += item.ExtendedPrice();
+    }
+  });
 }
 
 bool OrderDetails::MergeIntoStoredLine(const OrderItem& item) {
@@ -385,28 +398,41 @@ bool OrderDetails::MergeIntoStoredLine(const OrderItem& item) {
 }
 
 void OrderDetails::UpdateItems(const std::shared_ptr<qm_ordering::OrderItems>& ovOrderIems) {
-  Store().OrderDetails_UpdateItems(m_lOrderID, *RequireObject(ovOrderIems, "the collection of items"));
-  Store().Order_UpdateTotalPrice(m_lOrderID);
-  m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+  OrOutOfMemory([&] {
+    Store().OrderDetails_UpdateItems(m_lOrderID, *RequireObject(ovOrderIems, "the collection of items"));
+    Store().Order_UpdateTotalPrice(m_lOrderID);
+    m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+  });
 }
 
 void OrderDetails::RemoveItem(const std::string& zvItemNumber) {
-  Store().OrderItem_RemoveItem(m_lOrderID, zvItemNumber);
-  m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+  OrOutOfMemory([&] {
+    Store().OrderItem_RemoveItem(m_lOrderID, zvItemNumber);
+    m_cTotalPrice = Store().Order_GetTotalPrice(m_lOrderID);
+  });
 }
 
 void OrderDetails::ClearItems() {
-  Store().OrderDetails_ClearItems(m_lOrderID);
-  m_cTotalPrice = Currency();
+  OrOutOfMemory([&] {
+    Store().OrderDetails_ClearItems(m_lOrderID);
+    m_cTotalPrice = Currency();
+  });
 }
 
 void OrderDetails::SaveToHistory() {
-  Store().OrderDetails_SaveToHistory(m_lOrderID);
-  m_oError = Store().Error();
+  OrOutOfMemory([&] {
+    Store().OrderDetails_SaveToHistory(m_lOrderID);
+    m_oError = Store().Error();
+  });
 }
 
 std::int32_t OrderDetails::ItemCount() {
-  return Store().OrderDetails_ItemCount(m_lOrderID);
+  try {
+    return Store().OrderDetails_ItemCount(m_lOrderID);
+  } catch (...) {
+    CatchFailure("OrderDetails.ItemCount");
+    return 0;
+  }
 }
 
 bool OrderDetails::ItemExists(const std::string& zvItemNumber) const {
@@ -420,19 +446,21 @@ bool OrderDetails::ItemExists(const std::string& zvItemNumber) const {
 }
 
 void OrderDetails::ApplyRegistrationSettings() {
-  const RegistrationDetails registration = settings::ReadRegistration();
-  // The last argument is the store operation's sixteenth, which it does not use.
-  Store().ApplyDefaultsToCurrentOrder(registration.City, registration.CompanyName, registration.Address1,
-                                      registration.Address2, registration.Fax, registration.Telephone,
-                                      registration.TelephoneExt, registration.Country, registration.Email,
-                                      registration.FirstName, registration.LastName, registration.State,
-                                      registration.StateOr, registration.ZipOrPostCode,
-                                      registration.AccountNumber, registration.AccountNumber);
-  m_oError = Store().Error();
+  OrOutOfMemory([&] {
+    const RegistrationDetails registration = settings::ReadRegistration();
+    // The last argument is the store operation's sixteenth, which it does not use.
+    Store().ApplyDefaultsToCurrentOrder(registration.City, registration.CompanyName, registration.Address1,
+                                        registration.Address2, registration.Fax, registration.Telephone,
+                                        registration.TelephoneExt, registration.Country, registration.Email,
+                                        registration.FirstName, registration.LastName, registration.State,
+                                        registration.StateOr, registration.ZipOrPostCode,
+                                        registration.AccountNumber, registration.AccountNumber);
+    m_oError = Store().Error();
+  });
 }
 
 std::string OrderDetails::GetXML() const {
-  return OrderDocument(*this);
+  return OrOutOfMemory([&] { return OrderDocument(*this); });
 }
 
 }  // namespace qm_ordering

@@ -25,6 +25,10 @@ class Database;
 // else. ItemCount and ItemExists answer whatever happens. Every other member raises the store's failure:
 // -2147217900 for a refused statement, -2147467259 for a store that is missing, locked, unreadable or full.
 //
+// Where memory ends, a member that sets the record does so (5, "Out of memory" alone when there is no memory
+// for more) or raises 7, and every other one raises 7. What the store has taken until then stays: load the
+// summary and the lines again before going on.
+//
 // The collection of lines is what LoadItems and AddItem made of it: RemoveItem, ClearItems, UpdateItems and
 // AddItem of a line that exists change the store and TotalPrice alone. A host loads the lines again
 // (LoadItems) before it goes on: adding an item that was just removed, without loading, stores it and then
@@ -96,7 +100,8 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // price times sum; TotalPrice is read back, the collection and the error record stay as they are. Record
   // (new line): 4 when OrderID is -1, and when the store refuses the line; 5 with the detail when the line is
   // stored but the total is not. Raises 91 for a null item, 6 when a product, the sum of the quantities or
-  // the total is out of range (for the line: nothing changes), and for a merged line the store's failures.
+  // the total is out of range (for the line: nothing changes), and for a merged line the store's failures;
+  // the stored total may then lack what the line has got.
   void AddItem(const std::shared_ptr<OrderItem>& ovOrderItem);
 
   // Writes quantity, price, extended price and the flags of price and tax of the given items into the stored
@@ -120,7 +125,8 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // The number of lines in the store; 0 when it cannot be read (LastFailure tells why).
   std::int32_t ItemCount();
 
-  // Whether the collection holds an item under exactly this number. The store is not asked.
+  // Whether the collection holds an item under exactly this number. The store is not asked. False when memory
+  // ends (LastFailure tells).
   bool ItemExists(const std::string& zvItemNumber) const;
 
   // Writes contact and account values into every order of the store, submitted ones included: the order

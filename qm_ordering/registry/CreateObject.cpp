@@ -13,6 +13,7 @@
 #include "qm_ordering/order/PaymentInformation.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering {
 
@@ -49,7 +50,7 @@ std::shared_ptr<Object> CreateObject(const std::string& zvClassName) {
   }
   for (const PublicClass& publicClass : kClasses) {
     if (text::CompareFolded(zName, publicClass.Name) == 0) {
-      return publicClass.Make();
+      return OrOutOfMemory(publicClass.Make);
     }
   }
   throw Failure(failure::kCannotCreateObject, "The library has no class \"" + zvClassName + "\".");

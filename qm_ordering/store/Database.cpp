@@ -11,6 +11,7 @@
 #include "qm_ordering/platform/settings/InstalledSettings.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering {
 
@@ -95,7 +96,7 @@ std::string RawList(const std::vector<std::string_view>& zvItemNumbers) {
 template <typename Step>
 void AfterAll(const char* zvWhatStands, Step step) {
   try {
-    step();
+    OrOutOfMemory(step);
   } catch (const Failure& failure) {
     throw Failure(failure.Number(), zvWhatStands + failure.Description());
   }
@@ -187,7 +188,7 @@ Result Database::Guarded(const char* zvOperation, std::optional<OrderingError> l
     if (lvOnStoreCommand && failure.Number() == failure::kStoreCommand) {
       SetError(m_oError, *lvOnStoreCommand, "");
     } else {
-      SetError(m_oError, OrderingError::errUnexpected, ErrorDetail(failure.Number(), failure.Description()));
+      SetUnexpected(m_oError, failure);
     }
     return Result();
   }
@@ -613,6 +614,9 @@ void Database::CreateCurrentOrder() {
               zText(DEFAULT_OI_DEPARTMENT)},
              ", ") +
       ")";
+  // One unit, so that what the insert met is still there when it is looked for: another program may submit it
+  // at once.
+  WriteUnit unit(*this);
   try {
     Connection().Execute(zSQL);
   } catch (const Failure& failure) {
@@ -621,6 +625,7 @@ void Database::CreateCurrentOrder() {
       throw;
     }
   }
+  unit.Commit();
 }
 
 bool Database::CurrentOrderExists() {

@@ -1,10 +1,21 @@
-#include "qm_ordering/store/Schema.h"
+// The tables, indexes and stored queries of Orders.mdb.
+//
+// A column's declared type tells the provider what it holds: INTEGER (32 bits), YESNO INTEGER (-1 and 0),
+// CURRENCY INTEGER (the amount times 10,000), TEXT and MEMO TEXT, DATETIME TEXT (YYYY-MM-DD HH:MM:SS). Texts
+// compare and sort without regard to letter case (LETTERS). Keys count up and are never given twice
+// (AUTOINCREMENT). Numbers and flags that an insert does not name are 0 and False.
+//
+// A step that was in a release does not change any more, not by a blank: users have stores that it made. A
+// change of the schema is a new step at the end.
+#include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 
 namespace qm_ordering {
 
+namespace {
+
 // At most one row is the current order: the unique index holds that row alone, and finds it without a look at
 // the history. Lines go with their header.
-const char* const kSchemaScript = R"sql(
+constexpr const char* kFirst = R"sql(
 create table tblOrder (
   lOrderID INTEGER PRIMARY KEY AUTOINCREMENT,
   bIsCurrent YESNO INTEGER NOT NULL DEFAULT 0,
@@ -140,5 +151,16 @@ create view qryGetOrderItems as
     o.bIsCurrent
   from tblOrderItem i join tblOrder o on o.lOrderID = i.lOrderID;
 )sql";
+
+// Each change of a line adds up the lines of its order: from this index alone, without the lines themselves.
+constexpr const char* kOrderItemTotal = R"sql(
+create index idxOrderItemTotal on tblOrderItem (lOrderID, cExtendedPrice);
+)sql";
+
+constexpr const char* kSteps[] = {kFirst, kOrderItemTotal};
+
+}  // namespace
+
+constinit const std::span<const char* const> ado::embedded::kSchemaSteps(kSteps);
 
 }  // namespace qm_ordering

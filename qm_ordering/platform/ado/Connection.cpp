@@ -16,6 +16,12 @@ std::string StoreFileOf(const std::string& zvConnectionString) {
     throw Failure(failure::kStoreUnavailable,
                   "No provider serves the driver \"" + zDriver + "\" that the connection string names.");
   }
+  if (!parts.HoldsOnly({"Driver", "DBQ"})) {
+    // A folder with a semicolon in it: what stands before that is another file.
+    throw Failure(failure::kStoreUnavailable,
+                  "The connection string of the store names more than a driver and a file. The folder in the "
+                  "setting OrderingDatabasePath must not hold a semicolon.");
+  }
   return file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath");
 }
 
@@ -74,8 +80,13 @@ void Connection::RollbackTransaction() noexcept {
   }
 }
 
-std::vector<std::string> Connection::CheckIntegrity(const std::string& zvSchemaScript) {
-  return OpenedSession().CheckIntegrity(zvSchemaScript);
+void Connection::CopyTo(const std::string& zvCopy, const std::string& zvCopyName,
+                        const CopyProgress& progress) {
+  OpenedSession().CopyTo(zvCopy, zvCopyName, progress);
+}
+
+std::vector<std::string> Connection::CheckIntegrity() {
+  return OpenedSession().CheckIntegrity();
 }
 
 Transaction::Transaction(Connection& oConnection, TransactionKind kind) : m_oConnection(oConnection) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qm_ordering/platform/ado/Recordset.h"
@@ -14,6 +15,8 @@ namespace qm_ordering::ado {
 class Connection {
  public:
   Connection() = default;
+  // On a session that was opened already.
+  explicit Connection(std::unique_ptr<Session> oSession) : m_oSession(std::move(oSession)) {}
   ~Connection() { Close(); }
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -41,8 +44,9 @@ class Connection {
   void CommitTransaction();
   void RollbackTransaction() noexcept;
 
-  // See Session::CheckIntegrity.
-  std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript);
+  // See Session.
+  void CopyTo(const std::string& zvCopy, const std::string& zvCopyName, const CopyProgress& progress);
+  std::vector<std::string> CheckIntegrity();
 
  private:
   Session& OpenedSession();

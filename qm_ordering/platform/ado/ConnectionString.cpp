@@ -1,6 +1,7 @@
 #include "qm_ordering/platform/ado/ConnectionString.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
@@ -72,6 +73,13 @@ std::string ConnectionString::Value(std::string_view zvKey) const {
   const auto found =
       std::ranges::find_if(m_oParts, [&](const auto& oPart) { return SameName(oPart.first, zvKey); });
   return found == m_oParts.end() ? std::string() : found->second;
+}
+
+bool ConnectionString::HoldsOnly(std::initializer_list<std::string_view> zvKeys) const {
+  const auto lNamed = std::ranges::count_if(zvKeys, [this](std::string_view zvKey) {
+    return std::ranges::any_of(m_oParts, [&](const auto& oPart) { return SameName(oPart.first, zvKey); });
+  });
+  return lNamed == std::ssize(m_oParts);
 }
 
 }  // namespace qm_ordering::ado

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,9 @@ class ConnectionString {
 
   // The value of the first part with that key, in any letter case; empty when there is none.
   std::string Value(std::string_view zvKey) const;
+
+  // Whether it has no part but those, in any letter case, and none of them twice.
+  bool HoldsOnly(std::initializer_list<std::string_view> zvKeys) const;
 
  private:
   std::vector<std::pair<std::string, std::string>> m_oParts;

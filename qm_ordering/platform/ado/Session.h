@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,7 +12,8 @@
 namespace qm_ordering::ado {
 
 // What a provider of stores implements. All members raise Failure: kStoreCommand, kStoreNoTable,
-// kStoreRowChanged or kStoreUnavailable for what the store answers, kOverflow for a number out of range.
+// kStoreRowChanged or kStoreUnavailable for what the store answers, kOverflow for a number out of range,
+// kOutOfMemory for an engine that ran out of it; what they allocate themselves raises std::bad_alloc.
 
 // The rows of a running query, forward only. Its session ending closes it: each member then raises
 // kClosedObject.
@@ -45,6 +47,9 @@ enum class TransactionKind {
   Write,  // holds the store's write lock from the start, so that what is read stays true until the commit
 };
 
+// Called after each step of copying a store: how many of its pages are copied, and how many there are.
+using CopyProgress = std::function<void(std::int64_t lvDone, std::int64_t lvAll)>;
+
 class Session {
  public:
   // Ending a session rolls back its transaction and closes its cursors.
@@ -64,20 +69,25 @@ class Session {
   virtual void Commit() = 0;
   virtual void Rollback() noexcept = 0;
 
-  // What is wrong with the store's file, and with its schema against the script; a finding each, none when it
-  // is whole.
-  virtual std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript) = 0;
+  // Copies the store as it is now, or as the open read transaction sees it, into the empty file zvCopy, which
+  // messages call zvCopyName. Other programs may write meanwhile; what they write is not in the copy.
+  virtual void CopyTo(const std::string& zvCopy, const std::string& zvCopyName,
+                      const CopyProgress& progress) = 0;
+
+  // What is wrong with the store's file, and with its schema; a finding each, none when it is whole.
+  virtual std::vector<std::string> CheckIntegrity() = 0;
 };
 
-// Runs one check of a store. What cannot be checked is a finding of its own, and the other checks go on; only
-// where the store as a whole cannot be used, and nothing has been found that would explain it, the failure
-// rises.
+// Runs one check of a store. What cannot be checked is a finding of its own, and the other checks go on; the
+// failure rises only where the store as a whole cannot be used, and nothing has been found that would explain
+// it, and where memory ends, which says nothing of the store.
 template <typename Check>
 void RunCheck(const char* zvWhat, std::vector<std::string>& findings, Check check) {
   try {
     check();
   } catch (const Failure& failure) {
-    if (failure.Number() == failure::kStoreUnavailable && findings.empty()) {
+    if (failure.Number() == failure::kOutOfMemory ||
+        (failure.Number() == failure::kStoreUnavailable && findings.empty())) {
       throw;
     }
     findings.push_back(std::string(zvWhat) + " could not be checked: " + failure.Description());

@@ -49,7 +49,7 @@ void ado::TraceStatement(const std::string& zvSQL) {
   } catch (const Failure&) {
     throw;
   } catch (const std::bad_alloc&) {
-    throw;
+    throw Failure(failure::kOutOfMemory, "The statement trace ran out of memory; it stopped a statement.");
   } catch (const std::exception& error) {
     throw Failure(failure::kInvalidCall,
                   std::string("The statement trace stopped a statement: ") + error.what());

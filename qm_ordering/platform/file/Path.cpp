@@ -1,5 +1,7 @@
 #include "qm_ordering/platform/file/Path.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
@@ -26,6 +28,38 @@ std::string AbsolutePath(std::string_view zvName) {
                                               "). Give the name with its full path.");
   }
   return (current / zvName).string();
+}
+
+std::string RealPath(std::string_view zvName) {
+  const std::filesystem::path path = AbsolutePath(zvName);
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  if (!error) {
+    return real.string();
+  }
+  std::error_code ignored;
+  if (std::filesystem::is_symlink(std::filesystem::symlink_status(path, ignored))) {
+    throw Failure(failure::kPathNotFound, "The symbolic link " + path.string() + " leads nowhere (" +
+                                              SystemErrorText(error.value()) + "). Choose another name.");
+  }
+  const std::filesystem::path folder = std::filesystem::canonical(path.parent_path(), error);
+  if (error) {
+    throw Failure(failure::kPathNotFound, "The folder " + path.parent_path().string() + " cannot be found (" +
+                                              SystemErrorText(error.value()) +
+                                              "). Make it, or choose another.");
+  }
+  return (folder / path.filename()).string();
+}
+
+bool IsSameName(const std::string& zvLeft, const std::string& zvRight) {
+  return std::filesystem::path(zvLeft).filename() == std::filesystem::path(zvRight).filename();
+}
+
+bool IsSameFile(const std::string& zvLeft, const std::string& zvRight) {
+  struct stat left {};
+  struct stat right {};
+  return zvLeft == zvRight || (stat(zvLeft.c_str(), &left) == 0 && stat(zvRight.c_str(), &right) == 0 &&
+                               left.st_dev == right.st_dev && left.st_ino == right.st_ino);
 }
 
 std::string SystemPath(std::string_view zvBuiltName, std::string_view zvSetting) {

@@ -18,6 +18,7 @@
 #include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/settings/SettingsText.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering {
 
@@ -339,29 +340,32 @@ std::string FullName(const std::string& zvFile) {
 }  // namespace
 
 std::string DefaultSettingsFile() {
-  const std::string zFile = Environment("QK_COMMON_SETTINGS");
-  if (!zFile.empty()) {
-    return file::AbsolutePath(zFile);
-  }
-  const std::string zConfig = Environment("XDG_CONFIG_HOME");
-  if (!zConfig.empty()) {
-    return file::AbsolutePath(zConfig + "/qk_common/settings.ini");
-  }
-  const std::string zHome = Environment("HOME");
-  if (!zHome.empty()) {
-    return file::AbsolutePath(zHome + "/.config/qk_common/settings.ini");
-  }
-  throw Failure(failure::kPathNotFound,
-                "There is no settings file: none of QK_COMMON_SETTINGS, XDG_CONFIG_HOME and HOME is set. Set "
-                "QK_COMMON_SETTINGS to the full path of one.");
+  return OrOutOfMemory([&] {
+    const std::string zFile = Environment("QK_COMMON_SETTINGS");
+    if (!zFile.empty()) {
+      return file::AbsolutePath(zFile);
+    }
+    const std::string zConfig = Environment("XDG_CONFIG_HOME");
+    if (!zConfig.empty()) {
+      return file::AbsolutePath(zConfig + "/qk_common/settings.ini");
+    }
+    const std::string zHome = Environment("HOME");
+    if (!zHome.empty()) {
+      return file::AbsolutePath(zHome + "/.config/qk_common/settings.ini");
+    }
+    throw Failure(
+        failure::kPathNotFound,
+        "There is no settings file: none of QK_COMMON_SETTINGS, XDG_CONFIG_HOME and HOME is set. Set "
+        "QK_COMMON_SETTINGS to the full path of one.");
+  });
 }
 
 std::shared_ptr<SettingsComponent> CreateFileSettings(const std::string& zvFile) {
-  return std::make_shared<FileSettings>(FullName(zvFile));
+  return OrOutOfMemory([&] { return std::make_shared<FileSettings>(FullName(zvFile)); });
 }
 
 std::vector<std::string> FileSettingsKeys(const std::string& zvFile) {
-  return ReadSettings(FullName(zvFile)).Keys();
+  return OrOutOfMemory([&] { return ReadSettings(FullName(zvFile)).Keys(); });
 }
 
 }  // namespace qm_ordering

@@ -7,6 +7,7 @@
 #include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/settings/FileSettings.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering {
 
@@ -32,7 +33,7 @@ auto Guarded(Call call) {
   } catch (const Failure&) {
     throw;
   } catch (const std::bad_alloc&) {
-    throw Failure(failure::kOutOfMemory, "The settings component ran out of memory.");
+    throw OutOfMemory();
   } catch (const std::exception& error) {
     throw Failure(failure::kInvalidCall, error.what());
   } catch (...) {

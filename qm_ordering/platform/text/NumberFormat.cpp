@@ -40,13 +40,13 @@ bool SaysNothing(std::string_view zvName) {
 
 // Nothing when the text cannot be converted.
 std::optional<std::string> ToUTF8(std::string zvText, const char* zvCharset) {
+  // A separator is one or two characters. While the converter is open nothing is allocated that could fail.
+  std::string zConverted(64, '\0');
   iconv_t converter = iconv_open("UTF-8", zvCharset);
   // The value that stands for a failure is -1 in the guise of a pointer.
   if (converter == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr)
     return std::nullopt;
   }
-  // A separator is one or two characters.
-  std::string zConverted(64, '\0');
   char* pIn = zvText.data();
   std::size_t lIn = zvText.size();
   char* pOut = zConverted.data();
@@ -95,8 +95,7 @@ NumberSigns CurrentSigns() {
     return ReadSigns(zName);
   }
   if (zName != pKnown->Name) {
-    pKnown->Signs = ReadSigns(zName);
-    pKnown->Name = zName;
+    *pKnown = KnownSigns{zName, ReadSigns(zName)};
   }
   return pKnown->Signs;
 }

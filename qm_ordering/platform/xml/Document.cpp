@@ -120,8 +120,14 @@ std::string Serialise(pugi::xml_node node) {
   return writer.Take();
 }
 
+enum class Blanks { Allowed, Refused };
+
+bool IsBlank(std::uint32_t lvCode) {
+  return lvCode == ' ' || lvCode == '\t' || lvCode == '\n' || lvCode == '\r';
+}
+
 // Whether zvName, what stands between "&" and ";", names one of XML's five entities or a character of XML.
-bool IsReference(std::string_view zvName) {
+bool IsReference(std::string_view zvName, Blanks blanks) {
   static constexpr std::array<std::string_view, 5> kEntities = {"lt", "gt", "amp", "quot", "apos"};
   if (!zvName.starts_with('#')) {
     return std::find(kEntities.begin(), kEntities.end(), zvName) != kEntities.end();
@@ -138,14 +144,17 @@ bool IsReference(std::string_view zvName) {
   if (result.ec != std::errc() || result.ptr != pEnd) {
     return false;
   }
-  return lCode == '\t' || lCode == '\n' || lCode == '\r' || (lCode >= 0x20 && lCode <= 0xD7FF) ||
-         (lCode >= 0xE000 && lCode <= 0xFFFD) || (lCode >= 0x10000 && lCode <= 0x10FFFF);
+  if (IsBlank(lCode)) {
+    return blanks == Blanks::Allowed;
+  }
+  return (lCode > 0x20 && lCode <= 0xD7FF) || (lCode >= 0xE000 && lCode <= 0xFFFD) ||
+         (lCode >= 0x10000 && lCode <= 0x10FFFF);
 }
 
-bool AreReferencesKnown(std::string_view zvText) {
+bool AreReferencesKnown(std::string_view zvText, Blanks blanks) {
   for (std::size_t lAt = zvText.find('&'); lAt != std::string_view::npos; lAt = zvText.find('&', lAt + 1)) {
     const std::size_t lEnd = zvText.find(';', lAt);
-    if (lEnd == std::string_view::npos || !IsReference(zvText.substr(lAt + 1, lEnd - lAt - 1))) {
+    if (lEnd == std::string_view::npos || !IsReference(zvText.substr(lAt + 1, lEnd - lAt - 1), blanks)) {
       return false;
     }
   }
@@ -166,7 +175,8 @@ class StrictCheck : public pugi::xml_tree_walker {
       case pugi::node_element:
         return IsAscii(node.name()) && AreAttributesGood(node);
       case pugi::node_pcdata:
-        return AreReferencesKnown(node.value()) &&
+        // Resolved, a blank would be written as it stands, and read as layout or as another line end.
+        return AreReferencesKnown(node.value(), Blanks::Refused) &&
                std::string_view(node.value()).find("]]>") == std::string_view::npos;
       default:
         return true;
@@ -179,7 +189,7 @@ class StrictCheck : public pugi::xml_tree_walker {
     for (const pugi::xml_attribute attribute : node.attributes()) {
       const std::string_view zValue = attribute.value();
       if (!IsAscii(attribute.name()) || zValue.find('<') != std::string_view::npos ||
-          !AreReferencesKnown(zValue)) {
+          !AreReferencesKnown(zValue, Blanks::Allowed)) {
         return false;
       }
       m_oNames.emplace_back(attribute.name());

@@ -25,7 +25,8 @@ class Document {
   void AppendChild(const Element& oElement);
 
   // Replaces the content by the one element that zvText holds. False, and an empty document, when the text is
-  // not one well-formed element, has a document type or has names beyond ASCII, as no document of ours does.
+  // not one well-formed element, has a document type, has names beyond ASCII or has a blank or line end as a
+  // reference (&#32; and the like) between its tags, as no document of ours does.
   // An XML declaration, comments, processing instructions and blanks around the element or between its tags
   // are accepted and dropped. Elements taken from this document before belong to what was replaced: they stay
   // valid, and appending one to this document now copies it.

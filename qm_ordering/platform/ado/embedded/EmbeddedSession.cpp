@@ -6,8 +6,11 @@
 #include <vector>
 
 #include "qm_ordering/platform/PerThread.h"
+#include "qm_ordering/platform/ado/embedded/Integrity.h"
 #include "qm_ordering/platform/ado/embedded/PooledSession.h"
-#include "qm_ordering/platform/ado/embedded/StoreFile.h"
+#include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
+#include "qm_ordering/platform/ado/embedded/SchemaUpdate.h"
+#include "qm_ordering/platform/ado/embedded/StoreCopy.h"
 #include "qm_ordering/platform/ado/embedded/Translator.h"
 #include "qm_ordering/platform/value/Failure.h"
 
@@ -68,14 +71,15 @@ class EmbeddedSession : public Session {
   void Begin(TransactionKind kind) override;
   void Commit() override;
   void Rollback() noexcept override;
-  std::vector<std::string> CheckIntegrity(const std::string& zvSchemaScript) override;
+  void CopyTo(const std::string& zvCopy, const std::string& zvCopyName,
+              const CopyProgress& progress) override;
+  std::vector<std::string> CheckIntegrity() override;
 
  private:
   friend class EmbeddedCursor;
 
   std::unique_ptr<Prepared> Start(const Translation& translation);
   void WriteRow(const Keyset& oKeyset, const Keyset::Row& row);
-  void AddFindings(const std::string& zvQuery, std::vector<std::string>& findings);
 
   std::unique_ptr<PooledSession> m_oSession;
   std::vector<EmbeddedCursor*> m_oCursors;
@@ -310,7 +314,7 @@ void EmbeddedSession::WriteRow(const Keyset& oKeyset, const Keyset::Row& row) {
   m_oSession->Keep(std::move(statement));
   if (sqlite3_changes64(m_oSession->Database()) != 1) {
     throw Failure(failure::kStoreRowChanged,
-                  "A row of " + oKeyset.Table + " in the order store " + m_oSession->Path() +
+                  "A row of " + oKeyset.Table + " in the order store " + m_oSession->Name() +
                       " was changed or removed by another program since it was read. "
                       "Load the lines again and repeat the change.");
   }
@@ -361,57 +365,46 @@ void EmbeddedSession::Rollback() noexcept {
   }
 }
 
-void EmbeddedSession::AddFindings(const std::string& zvQuery, std::vector<std::string>& findings) {
-  Translation translation;
-  translation.Text = zvQuery;
-  translation.VariableLength = true;
-  const std::unique_ptr<Prepared> statement = Start(translation);
-  int lResult = 0;
-  while ((lResult = sqlite3_step(statement->Handle.get())) == SQLITE_ROW) {
-    const auto* pText = reinterpret_cast<const char*>(sqlite3_column_text(statement->Handle.get(), 0));
-    findings.emplace_back(pText == nullptr ? "" : pText);
-  }
-  if (lResult != SQLITE_DONE) {
-    throw m_oSession->Answer(lResult);
-  }
+void EmbeddedSession::CopyTo(const std::string& zvCopy, const std::string& zvCopyName,
+                             const CopyProgress& progress) {
+  m_oSession->RequireOwnProcess();
+  CopyStore(m_oSession->Database(), m_oSession->Name(), zvCopy, zvCopyName, progress);
 }
 
-std::vector<std::string> EmbeddedSession::CheckIntegrity(const std::string& zvSchemaScript) {
-  std::vector<std::string> findings;
-  RunCheck("the file", findings, [&] {
-    // The argument is the most findings it answers; by itself it would stop at a hundred.
-    AddFindings(
-        "select 'the file: ' || integrity_check from pragma_integrity_check(1000000000) "
-        "where integrity_check <> 'ok'",
-        findings);
-  });
-  RunCheck("the lines' headers", findings, [&] {
-    AddFindings(
-        "select 'the table ' || \"table\" || ': row ' || rowid || ' belongs to no row of ' || parent from "
-        "pragma_foreign_key_check",
-        findings);
-  });
-  RunCheck("the schema", findings, [&] {
-    if (DescribeSchema(m_oSession->Database(), m_oSession->Path()) !=
-        DescribeSchemaOfScript(zvSchemaScript)) {
-      findings.emplace_back(
-          "the schema: its tables, indexes or stored queries are not those that the library makes");
-    }
-  });
-  return findings;
+std::vector<std::string> EmbeddedSession::CheckIntegrity() {
+  return embedded::CheckIntegrity(*m_oSession);
 }
 
-}  // namespace
-
-std::unique_ptr<Session> OpenSession(const std::string& zvPath) {
+// A session that rests in the thread's pool, or a new one.
+std::unique_ptr<PooledSession> TakeOrOpen(const std::string& zvPath) {
   std::unique_ptr<PooledSession> session;
   if (Pool* pool = PerThread<Pool>::Get()) {
     session = pool->Take(zvPath);
   }
   if (session == nullptr) {
-    session = std::make_unique<PooledSession>(zvPath);
+    session = std::make_unique<PooledSession>(zvPath, PooledSession::Use::Store, zvPath);
+  }
+  return session;
+}
+
+}  // namespace
+
+std::unique_ptr<Session> OpenSession(const std::string& zvPath) {
+  std::unique_ptr<PooledSession> session = TakeOrOpen(zvPath);
+  if (session->SchemaVersion() != SchemaVersion()) {
+    BringUpToDate(*session);
+    session = TakeOrOpen(zvPath);
   }
   return std::make_unique<EmbeddedSession>(std::move(session));
+}
+
+std::unique_ptr<Session> OpenAsItIs(const std::string& zvPath) {
+  return std::make_unique<EmbeddedSession>(TakeOrOpen(zvPath));
+}
+
+std::unique_ptr<Session> OpenCopy(const std::string& zvPath, const std::string& zvName) {
+  return std::make_unique<EmbeddedSession>(
+      std::make_unique<PooledSession>(zvPath, PooledSession::Use::Copy, zvName));
 }
 
 void CloseIdleSessions() {

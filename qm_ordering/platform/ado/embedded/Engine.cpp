@@ -5,6 +5,7 @@
 #include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/CurrencySum.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering::ado::embedded {
 
@@ -64,11 +65,9 @@ std::string Advice(int lvPrimary) {
     case SQLITE_IOERR:
       return "reading or writing failed; check the disk";
     case SQLITE_CORRUPT:
-      return "the file is damaged or truncated; restore a backup";
+      return "the file is damaged or truncated; restore a backup with `qm-ordering store restore`";
     case SQLITE_NOTADB:
       return "the file is not an order store";
-    case SQLITE_NOMEM:
-      return "out of memory";
     default:
       return "see the engine's message";
   }
@@ -76,8 +75,39 @@ std::string Advice(int lvPrimary) {
 
 }  // namespace
 
+DatabaseHandle OpenEngine(const std::string& zvPath, const std::string& zvName, int lvFlags) {
+  sqlite3* pDatabase = nullptr;
+  const int lResult = sqlite3_open_v2(zvPath.c_str(), &pDatabase, lvFlags, nullptr);
+  DatabaseHandle db(pDatabase);
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(pDatabase, lResult, zvName);
+  }
+  return db;
+}
+
+void CloseEngine(DatabaseHandle db, const std::string& zvName) {
+  const int lResult = sqlite3_close(db.get());
+  if (lResult != SQLITE_OK) {
+    throw EngineFailure(db.get(), lResult, zvName);
+  }
+  static_cast<void>(db.release());
+}
+
+sqlite3_file* EngineFile(sqlite3* db, const std::string& zvPath) {
+  sqlite3_file* pFile = nullptr;
+  if (sqlite3_file_control(db, "main", SQLITE_FCNTL_FILE_POINTER, &pFile) != SQLITE_OK || pFile == nullptr ||
+      pFile->pMethods == nullptr) {
+    throw Failure(failure::kStoreUnavailable,
+                  "The order store " + zvPath + " cannot be used: the engine gives no handle on it.");
+  }
+  return pFile;
+}
+
 Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath) {
   const int lPrimary = lvResult & 0xff;
+  if (lPrimary == SQLITE_NOMEM) {
+    return OutOfMemory();
+  }
   const std::string zMessage = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(lvResult);
   switch (lPrimary) {
     case SQLITE_ERROR:
@@ -145,13 +175,18 @@ void AddExactSum(sqlite3* db, const std::string& zvPath) {
   }
 }
 
-std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath) {
+StatementHandle PrepareQuery(sqlite3* db, const std::string& zvQuery, const std::string& zvPath) {
   sqlite3_stmt* pStatement = nullptr;
   const int lPrepared = sqlite3_prepare_v2(db, zvQuery.c_str(), -1, &pStatement, nullptr);
-  const StatementHandle statement(pStatement);
+  StatementHandle statement(pStatement);
   if (lPrepared != SQLITE_OK) {
     throw EngineFailure(db, lPrepared, zvPath);
   }
+  return statement;
+}
+
+std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath) {
+  const StatementHandle statement = PrepareQuery(db, zvQuery, zvPath);
   const int lResult = sqlite3_step(statement.get());
   if (lResult == SQLITE_DONE) {
     return {};
@@ -159,8 +194,14 @@ std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string&
   if (lResult != SQLITE_ROW) {
     throw EngineFailure(db, lResult, zvPath);
   }
+  if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL) {
+    return {};
+  }
   const unsigned char* pText = sqlite3_column_text(statement.get(), 0);
-  return pText == nullptr ? std::string() : reinterpret_cast<const char*>(pText);
+  if (pText == nullptr) {
+    throw OutOfMemory();
+  }
+  return reinterpret_cast<const char*>(pText);
 }
 
 }  // namespace qm_ordering::ado::embedded

@@ -20,10 +20,25 @@ struct FinalizeStatement {
 };
 using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
-// The failure for what the engine answered last on this database, about the file zvPath.
+// Opens a file that exists. zvName is what messages call it. No byte of it is read, and nothing is locked,
+// before the first use. Raises EngineFailure.
+DatabaseHandle OpenEngine(const std::string& zvPath, const std::string& zvName, int lvFlags);
+// Closes it where a failure to do so counts. Raises EngineFailure.
+void CloseEngine(DatabaseHandle db, const std::string& zvName);
+
+// The engine's own handle on the file. Opening and closing the file by other means would drop the engine's
+// locks on it. Raises kStoreUnavailable.
+sqlite3_file* EngineFile(sqlite3* db, const std::string& zvPath);
+
+// How long a session waits for another one's locks.
+inline constexpr int kBusyTimeoutMilliseconds = 5000;
+
+// The failure for what the engine answered last on this database, about the file zvPath. Exhausted memory is
+// no fault of the store: it is OutOfMemory().
 Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath);
 
-// Whether the answer makes the session unfit for further use: input and output, full disk, damage.
+// Whether the answer makes the session unfit for further use: input and output, full disk, damage, exhausted
+// memory.
 bool IsFatal(int lvResult);
 
 // Runs texts of our own that hold no values. Raises EngineFailure.
@@ -37,6 +52,8 @@ void AddTextCollation(sqlite3* db, const std::string& zvPath);
 // depended on the order of the rows. This one fails ("integer overflow") when the sum itself is beyond it. It
 // takes whole numbers and nulls.
 void AddExactSum(sqlite3* db, const std::string& zvPath);
+
+StatementHandle PrepareQuery(sqlite3* db, const std::string& zvQuery, const std::string& zvPath);
 
 // Reads one text from the first column of the first row; empty when there is none.
 std::string ReadText(sqlite3* db, const std::string& zvQuery, const std::string& zvPath);

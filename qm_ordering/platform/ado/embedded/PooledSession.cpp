@@ -4,17 +4,23 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <mutex>
+#include <new>
 #include <utility>
 
 #include "qm_ordering/platform/ado/ConnectionString.h"
+#include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
+#include "qm_ordering/platform/ado/embedded/UnfinishedStore.h"
 #include "qm_ordering/platform/text/Unicode.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering::ado::embedded {
 
 namespace {
 
-constexpr int kBusyTimeoutMilliseconds = 5000;
 constexpr std::size_t kStatementsKept = 64;
 // A log of a mebibyte is brought into the file when a session is given back.
 constexpr int kCheckpointPages = 256;
@@ -41,7 +47,43 @@ void RequireNoSessionFromBeforeTheFork(const std::string& zvPath) {
   }
 }
 
+// The sessions of this process, on all its threads.
+std::mutex g_oListMutex;
+
 }  // namespace
+
+PooledSession::Enlisted* PooledSession::Enlisted::s_pFirst = nullptr;
+
+void PooledSession::Enlisted::Enter() {
+  const std::lock_guard lock(g_oListMutex);
+  for (const Enlisted* pOther = s_pFirst; pOther != nullptr; pOther = pOther->m_pNext) {
+    const PooledSession& other = pOther->m_oSession;
+    if (other.m_zLogIndexPath == m_oSession.m_zLogIndexPath &&
+        (other.m_lDevice != m_oSession.m_lDevice || other.m_lInode != m_oSession.m_lInode)) {
+      // The log beside the file is the other one's; the engine would read it into this one.
+      throw Failure(failure::kStoreUnavailable,
+                    "The order store " + m_oSession.m_zPath +
+                        " cannot be used: the file was replaced, and another thread or call of this program "
+                        "still uses the one that was there. Let it end, or end the program and start it "
+                        "again.");
+    }
+  }
+  m_pNext = s_pFirst;
+  s_pFirst = this;
+  m_bEntered = true;
+}
+
+PooledSession::Enlisted::~Enlisted() {
+  if (!m_bEntered || !m_oSession.IsOfThisProcess()) {
+    return;
+  }
+  const std::lock_guard lock(g_oListMutex);
+  Enlisted** pLink = &s_pFirst;
+  while (*pLink != this) {
+    pLink = &(*pLink)->m_pNext;
+  }
+  *pLink = m_pNext;
+}
 
 std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
   std::size_t lHash = 1469598103934665603U;
@@ -55,31 +97,33 @@ bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_v
   return SameName(zvLeft, zvRight);
 }
 
-PooledSession::PooledSession(const std::string& zvPath)
-    : m_zPath(zvPath), m_lProcess(getpid()), m_lCheckpointAt(kCheckpointPages) {
-  RequireNoSessionFromBeforeTheFork(zvPath);
-  RequireOrdinaryFile(zvPath);
-  struct stat status {};
-  if (stat(zvPath.c_str(), &status) == 0) {
-    m_lDevice = status.st_dev;
-    m_lInode = status.st_ino;
-  }
+PooledSession::PooledSession(const std::string& zvPath, Use use, const std::string& zvName)
+    : m_zPath(zvPath), m_zName(zvName), m_lUse(use), m_lProcess(getpid()), m_lCheckpointAt(kCheckpointPages) {
+  RequireNoSessionFromBeforeTheFork(zvName);
+  const struct stat file = RequireOrdinaryFile(zvPath);
+  m_lDevice = file.st_dev;
+  m_lInode = file.st_ino;
   sqlite3* pDatabase = nullptr;
   const int lResult =
       sqlite3_open_v2(zvPath.c_str(), &pDatabase,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   m_oDatabase.reset(pDatabase);
   if (lResult != SQLITE_OK) {
-    throw EngineFailure(pDatabase, lResult, zvPath);
+    throw EngineFailure(pDatabase, lResult, zvName);
   }
-  RequireOrderStore(pDatabase, zvPath);
+  RequireOrderStore(pDatabase, zvName);
   m_zLogIndexPath = EngineName() + std::string("-shm");
+  m_oEnlisted.Enter();
   LetLogBeWritten();
   Configure();
+  RequireSameFile();
+  // The file's beginning, which was looked at, may be behind its log.
+  m_lSchemaVersion = RequireKnownVersion(Database(), m_zName);
   LoadColumnKinds();
   RebuildTextIndexesIfFoldingChanged();
-  if (stat(LogName(), &status) == 0) {
-    m_lLogInode = status.st_ino;
+  struct stat log {};
+  if (stat(LogName(), &log) == 0) {
+    m_lLogInode = log.st_ino;
   }
   m_oKinds = [this](std::string_view zvColumn) -> std::optional<ColumnKind> {
     const auto found = m_oColumnKinds.find(zvColumn);
@@ -98,7 +142,7 @@ PooledSession::~PooledSession() {
   }
   m_oStatementsByText.clear();
   m_oStatements.clear();
-  if (!IsFileAt(EngineName())) {
+  if (IsFileGoneFrom(EngineName())) {
     TakeLogAway();
   }
   --g_lOpenSessions;
@@ -117,17 +161,38 @@ bool PooledSession::IsFileAt(const char* zvPath) const noexcept {
   return stat(zvPath, &status) == 0 && status.st_dev == m_lDevice && status.st_ino == m_lInode;
 }
 
+// Certainly: a status that cannot be read says nothing of the file.
+bool PooledSession::IsFileGoneFrom(const char* zvPath) const noexcept {
+  struct stat status {};
+  if (stat(zvPath, &status) != 0) {
+    return errno == ENOENT || errno == ENOTDIR;
+  }
+  return status.st_dev != m_lDevice || status.st_ino != m_lInode;
+}
+
 // The file is no longer where it was opened, its log still is: the engine would read it into the next store
 // there, whichever that is. What the log holds goes into the file that it belongs to, and the log goes.
 void PooledSession::TakeLogAway() noexcept {
+  int lPages = 0;
+  int lDone = 0;
   const int lResult =
-      sqlite3_wal_checkpoint_v2(Database(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+      sqlite3_wal_checkpoint_v2(Database(), nullptr, SQLITE_CHECKPOINT_PASSIVE, &lPages, &lDone);
   struct stat log {};
-  if ((lResult == SQLITE_OK || lResult == SQLITE_BUSY) && stat(LogName(), &log) == 0 &&
-      log.st_dev == m_lDevice && log.st_ino == m_lLogInode) {
-    unlink(LogName());
-    unlink(m_zLogIndexPath.c_str());
+  if (stat(LogName(), &log) != 0 || log.st_dev != m_lDevice || log.st_ino != m_lLogInode) {
+    return;
   }
+  if (lResult == SQLITE_OK && lDone == lPages) {
+    unlink(LogName());
+  } else {
+    try {
+      // Somebody else still reads what it holds, or it could not be brought in: it is kept, under another
+      // name.
+      rename(LogName(), FreeName(LogName() + std::string(".kept")).c_str());
+    } catch (const std::bad_alloc&) {
+      return;
+    }
+  }
+  unlink(m_zLogIndexPath.c_str());
 }
 
 // The engine gives the log and its index the permissions that the store has when it makes them. Those from a
@@ -150,55 +215,60 @@ void PooledSession::Configure() {
   sqlite3_busy_timeout(db, kBusyTimeoutMilliseconds);
   sqlite3_db_config(db, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  AddTextCollation(db, m_zPath);
-  AddExactSum(db, m_zPath);
+  AddTextCollation(db, m_zName);
+  AddExactSum(db, m_zName);
   RunScript(db,
             "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; "
             "pragma cell_size_check = on; pragma temp_store = memory;",
-            m_zPath);
-  const std::string zJournal = IsOnNetwork(m_zPath) ? "delete" : "wal";
-  if (sqlite3_db_readonly(db, "main") == 0 && ReadText(db, "pragma journal_mode", m_zPath) != zJournal) {
-    RunScript(db, "pragma journal_mode = " + zJournal, m_zPath);
+            m_zName);
+  const std::string zJournal = m_lUse == Use::Copy || IsOnNetwork(m_zPath) ? "delete" : "wal";
+  if (sqlite3_db_readonly(db, "main") == 0 && ReadText(db, "pragma journal_mode", m_zName) != zJournal) {
+    RunScript(db, "pragma journal_mode = " + zJournal, m_zName);
   }
   sqlite3_wal_hook(db, AfterCommit, this);
+}
+
+// From the first read on the session keeps other programs from replacing the file. Before that one may have
+// done so, and this session would write the log of the file that it opened beside the new one.
+void PooledSession::RequireSameFile() {
+  if (!IsFileAt(EngineName())) {
+    throw Failure(failure::kStoreUnavailable,
+                  "The order store " + m_zName + " was replaced while it was being opened. Try again.");
+  }
 }
 
 void PooledSession::LoadColumnKinds() {
   const std::string zQuery =
       "select p.name, p.type from sqlite_schema m join pragma_table_info(m.name) p where m.type = 'table'";
-  sqlite3_stmt* pStatement = nullptr;
-  const int lPrepared = sqlite3_prepare_v2(Database(), zQuery.c_str(), -1, &pStatement, nullptr);
-  const StatementHandle statement(pStatement);
-  if (lPrepared != SQLITE_OK) {
-    throw EngineFailure(Database(), lPrepared, m_zPath);
-  }
+  const StatementHandle statement = PrepareQuery(Database(), zQuery, m_zName);
+  sqlite3_stmt* pStatement = statement.get();
   int lResult = 0;
   while ((lResult = sqlite3_step(pStatement)) == SQLITE_ROW) {
     const auto* zName = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 0));
     const auto* zType = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 1));
     if (zName == nullptr || zType == nullptr) {
-      throw Failure(failure::kOutOfMemory, "Out of memory.");
+      throw OutOfMemory();
     }
     if (const auto kind = KindOfDeclaredType(zType)) {
       m_oColumnKinds.emplace(zName, *kind);
     }
   }
   if (lResult != SQLITE_DONE) {
-    throw EngineFailure(Database(), lResult, m_zPath);
+    throw EngineFailure(Database(), lResult, m_zName);
   }
 }
 
 void PooledSession::RebuildTextIndexesIfFoldingChanged() {
   const std::string zQuery = "select zValue from sysFormat where zName = 'folding'";
   const std::string zVersion = text::FoldingVersion();
-  if (ReadText(Database(), zQuery, m_zPath) == zVersion) {
+  if (ReadText(Database(), zQuery, m_zName) == zVersion) {
     return;
   }
-  RunScript(Database(), "begin immediate", m_zPath);
+  RunScript(Database(), "begin immediate", m_zName);
   try {
     RunScript(Database(),
               "reindex; update sysFormat set zValue = '" + zVersion + "' where zName = 'folding'; commit",
-              m_zPath);
+              m_zName);
   } catch (...) {
     sqlite3_exec(Database(), "rollback", nullptr, nullptr, nullptr);
     throw;
@@ -206,7 +276,13 @@ void PooledSession::RebuildTextIndexesIfFoldingChanged() {
 }
 
 bool PooledSession::IsUsable() const {
-  return !m_bBroken && IsOfThisProcess() && IsFileAt(m_zPath.c_str());
+  if (m_lUse != Use::Store || m_lSchemaVersion != embedded::SchemaVersion() || m_bBroken ||
+      !IsOfThisProcess() || !IsFileAt(m_zPath.c_str())) {
+    return false;
+  }
+  // The engine falls back to reading where the file cannot be opened for writing, and such a session stays
+  // so.
+  return sqlite3_db_readonly(Database(), "main") == 0 || access(m_zPath.c_str(), W_OK) != 0;
 }
 
 bool PooledSession::IsOfThisProcess() const noexcept {
@@ -215,7 +291,7 @@ bool PooledSession::IsOfThisProcess() const noexcept {
 
 void PooledSession::RequireOwnProcess() const {
   if (!IsOfThisProcess()) {
-    RaiseForked(m_zPath);
+    RaiseForked(m_zName);
   }
 }
 
@@ -245,7 +321,10 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
     const char* zName = sqlite3_column_name(pStatement, i);
     const char* zType = sqlite3_column_decltype(pStatement, i);
     const auto lIndex = static_cast<std::size_t>(i);
-    statement->Columns.emplace_back(zName == nullptr ? "" : zName);
+    if (zName == nullptr) {
+      throw OutOfMemory();
+    }
+    statement->Columns.emplace_back(zName);
     if (zType != nullptr) {
       statement->Kinds.push_back(KindOfDeclaredType(zType));
     } else if (translation.ResultKinds.size() == static_cast<std::size_t>(lColumns)) {
@@ -299,7 +378,7 @@ void PooledSession::Run(const char* zvText) {
 
 Failure PooledSession::Answer(int lvResult) {
   m_bBroken = m_bBroken || IsFatal(lvResult);
-  return EngineFailure(Database(), lvResult, m_zPath);
+  return EngineFailure(Database(), lvResult, m_zName);
 }
 
 int PooledSession::AfterCommit(void* pSession, sqlite3*, const char*, int lvPages) {

@@ -29,18 +29,27 @@ struct Prepared {
 // one connection at a time and rests in the thread's pool between them.
 class PooledSession {
  public:
-  // Raises kStoreUnavailable, naming file, cause and remedy.
-  explicit PooledSession(const std::string& zvPath);
+  enum class Use {
+    Store,  // shared with other programs
+    Copy,   // of this session alone, kept without a log and never in the pool
+  };
+
+  // zvName is what messages call the file. Raises kStoreUnavailable, naming file, cause and remedy.
+  PooledSession(const std::string& zvPath, Use use, const std::string& zvName);
   ~PooledSession();
   PooledSession(const PooledSession&) = delete;
   PooledSession& operator=(const PooledSession&) = delete;
 
   const std::string& Path() const { return m_zPath; }
+  const std::string& Name() const { return m_zName; }
   sqlite3* Database() const { return m_oDatabase.get(); }
+  // When it was opened.
+  std::int32_t SchemaVersion() const { return m_lSchemaVersion; }
   const ColumnKinds& Kinds() const { return m_oKinds; }
 
   // False when the session must not be used again: it saw a fatal answer, its file is no longer the one at
-  // the path, or this process is a fork of the one that opened it.
+  // the path, was of an older version or may be written by now and could not, or this process is a fork of
+  // the one that opened it.
   bool IsUsable() const;
 
   // False in a fork of the process that opened the session. The session is that process's there: it is not
@@ -73,24 +82,48 @@ class PooledSession {
   };
   using StatementList = std::list<std::unique_ptr<Prepared>>;
 
+  // Among what this process has open for as long as it lives, also when the constructor fails.
+  class Enlisted {
+   public:
+    explicit Enlisted(const PooledSession& session) : m_oSession(session) {}
+    ~Enlisted();
+    Enlisted(const Enlisted&) = delete;
+    Enlisted& operator=(const Enlisted&) = delete;
+
+    // Raises kStoreUnavailable while the process has another file of the session's name open.
+    void Enter();
+
+   private:
+    static Enlisted* s_pFirst;
+    const PooledSession& m_oSession;
+    bool m_bEntered = false;
+    Enlisted* m_pNext = nullptr;
+  };
+
   static int AfterCommit(void* pSession, sqlite3*, const char*, int lvPages);
   // The names of the file and its log by which the engine opened them: without symbolic links.
   const char* EngineName() const noexcept;
   const char* LogName() const noexcept;
   bool IsFileAt(const char* zvPath) const noexcept;
+  bool IsFileGoneFrom(const char* zvPath) const noexcept;
   void TakeLogAway() noexcept;
   void LetLogBeWritten() noexcept;
   void Configure();
+  void RequireSameFile();
   void LoadColumnKinds();
   void RebuildTextIndexesIfFoldingChanged();
 
   std::string m_zPath;
+  std::string m_zName;
+  Use m_lUse;
   std::string m_zLogIndexPath;
   pid_t m_lProcess;
   dev_t m_lDevice = 0;
   ino_t m_lInode = 0;
   ino_t m_lLogInode = 0;
+  Enlisted m_oEnlisted{*this};  // ends when the file is closed
   DatabaseHandle m_oDatabase;
+  std::int32_t m_lSchemaVersion = 0;
   bool m_bBroken = false;
   int m_lLogPages = 0;
   int m_lCheckpointAt;

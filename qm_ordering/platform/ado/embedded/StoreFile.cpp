@@ -1,8 +1,5 @@
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 
-#include <fcntl.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -12,10 +9,12 @@
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
-#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "qm_ordering/platform/ado/embedded/Engine.h"
+#include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
+#include "qm_ordering/platform/ado/embedded/UnfinishedStore.h"
 #include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
@@ -26,21 +25,31 @@ namespace {
 
 constexpr const char* kMoveAway =
     "Move it away and create a store with `qm-ordering store create`, or set OrderingDatabasePath to the "
-    "folder that "
-    "holds one";
+    "folder that holds one";
 constexpr const char* kHowToCreate =
     "Create one with `qm-ordering store create`, or set OrderingDatabasePath to the folder that holds it";
+
+constexpr const char* kRestore = "Restore a backup with `qm-ordering store restore`";
+constexpr const char* kExists =
+    "a file of that name exists; it was not touched. If it is no order store, move it away";
 
 // The provider's own table: the folding that the text indexes were built with.
 constexpr const char* kFormatScript =
     "create table sysFormat (zName TEXT PRIMARY KEY NOT NULL, zValue TEXT NOT NULL) WITHOUT ROWID;\n";
 
-[[noreturn]] void RaiseUnusable(const std::string& zvPath, const std::string& zvWhy) {
-  throw Failure(failure::kStoreUnavailable, "The order store " + zvPath + " cannot be used: " + zvWhy + ".");
+void RaiseIfAny(const std::string& zvPath, const std::optional<Objection>& objection) {
+  if (objection) {
+    throw Failure(failure::kStoreUnavailable, "The order store " + zvPath + " cannot be used: " +
+                                                  objection->Why + ". " + objection->Remedy + ".");
+  }
+}
+
+std::string NotCreated(const std::string& zvPath) {
+  return "The order store " + zvPath + " was not created";
 }
 
 [[noreturn]] void RaiseNotCreated(const std::string& zvPath, const std::string& zvWhy) {
-  throw Failure(failure::kFileAccess, "The order store " + zvPath + " was not created: " + zvWhy + ".");
+  throw Failure(failure::kFileAccess, NotCreated(zvPath) + ": " + zvWhy + ".");
 }
 
 std::int32_t BigEndian(const unsigned char* pBytes) {
@@ -49,60 +58,23 @@ std::int32_t BigEndian(const unsigned char* pBytes) {
                                    (static_cast<std::uint32_t>(pBytes[2]) << 8) | pBytes[3]);
 }
 
-// So that a name that was made in the folder outlives a power failure.
-void FlushFolder(const std::filesystem::path& zvFolder) {
-  const int lFolder = open(zvFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (lFolder >= 0) {
-    fsync(lFolder);
-    close(lFolder);
+// The store that a restore kept last beside the path; empty when there is none.
+std::string NewestKept(const std::string& zvPath) {
+  const std::filesystem::path path(zvPath);
+  const std::string zStart = path.filename().string() + kKeptMark;
+  std::string zNewest;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(path.parent_path(), error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string zName = entry->path().filename().string();
+    const bool bLog =
+        std::ranges::any_of(kLogSuffixes, [&](const char* zSuffix) { return zName.ends_with(zSuffix); });
+    if (zName.starts_with(zStart) && !bLog && entry->path().string() > zNewest) {
+      zNewest = entry->path().string();
+    }
   }
+  return zNewest;
 }
-
-// The files of a store that is being made; they go at the end of the scope.
-class UnfinishedStore {
- public:
-  // A name that no other thread, process or machine takes for its own.
-  explicit UnfinishedStore(const std::string& zvFinalPath)
-      : m_zFinalPath(zvFinalPath), m_zPath(zvFinalPath + ".new.XXXXXX") {
-    const int lFile = mkostemp(m_zPath.data(), O_CLOEXEC);
-    if (lFile < 0) {
-      RaiseNotCreated(zvFinalPath, file::SystemErrorText(errno));
-    }
-    close(lFile);
-  }
-  ~UnfinishedStore() { Remove(); }
-  UnfinishedStore(const UnfinishedStore&) = delete;
-  UnfinishedStore& operator=(const UnfinishedStore&) = delete;
-
-  const std::string& Path() const { return m_zPath; }
-
-  // Gives the store its final name, unless a file of that name has come into being.
-  void Publish() {
-    int lResult = renameat2(AT_FDCWD, m_zPath.c_str(), AT_FDCWD, m_zFinalPath.c_str(), RENAME_NOREPLACE);
-    if (lResult != 0 && (errno == EINVAL || errno == ENOSYS)) {
-      // A file system without that call.
-      lResult = link(m_zPath.c_str(), m_zFinalPath.c_str());
-    }
-    if (lResult != 0) {
-      RaiseNotCreated(
-          m_zFinalPath,
-          errno == EEXIST
-              ? "a file of that name exists; it was not touched. If it is no order store, move it away"
-              : file::SystemErrorText(errno));
-    }
-    FlushFolder(std::filesystem::path(m_zFinalPath).parent_path());
-  }
-
- private:
-  void Remove() {
-    for (const char* zSuffix : {"", "-journal", "-wal", "-shm"}) {
-      unlink((m_zPath + zSuffix).c_str());
-    }
-  }
-
-  std::string m_zFinalPath;
-  std::string m_zPath;
-};
 
 // The folders that had to be made for a store; they go at the end of the scope unless they are kept.
 class MadeFolders {
@@ -120,12 +92,16 @@ class MadeFolders {
     std::filesystem::path folder;
     for (const auto& part : std::filesystem::path(zvPath).parent_path()) {
       folder /= part;
+      // Noted first, so that no folder is left for want of memory to note it.
+      m_zMade.push_back(folder.string());
       if (mkdir(folder.c_str(), S_IRWXU) == 0) {
-        m_zMade.push_back(folder.string());
-        FlushFolder(folder.parent_path());
-      } else if (errno != EEXIST) {
+        FlushFolderOf(m_zMade.back());
+        continue;
+      }
+      const int lError = errno;
+      m_zMade.pop_back();
+      if (lError != EEXIST) {
         struct stat status {};
-        const int lError = errno;
         // Some systems refuse to make a folder that exists with another error than EEXIST.
         if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
           RaiseNotCreated(
@@ -141,47 +117,54 @@ class MadeFolders {
   std::vector<std::string> m_zMade;
 };
 
-// The log with something in it that lies beside the store; empty when none does.
-std::string LogBeside(const std::string& zvPath) {
-  for (const char* zSuffix : {"-wal", "-journal"}) {
-    std::string zLog = zvPath + zSuffix;
-    struct stat status {};
-    if (stat(zLog.c_str(), &status) == 0 && status.st_size > 0) {
-      return zLog;
-    }
+// What makes a store of that version from nothing.
+std::string SchemaScript(std::int32_t lvVersion) {
+  std::string zScript;
+  for (const char* zStep : kSchemaSteps.first(static_cast<std::size_t>(lvVersion))) {
+    zScript += zStep;
   }
-  return {};
+  return zScript;
 }
 
-// zvName is what messages call the file.
-DatabaseHandle OpenEngine(const std::string& zvPath, const std::string& zvName, int lvFlags) {
-  sqlite3* pDatabase = nullptr;
-  const int lResult = sqlite3_open_v2(zvPath.c_str(), &pDatabase, lvFlags, nullptr);
-  DatabaseHandle db(pDatabase);
-  if (lResult != SQLITE_OK) {
-    throw EngineFailure(pDatabase, lResult, zvName);
-  }
-  return db;
-}
-
-void FillStore(const std::string& zvPath, const std::string& zvName, const std::string& zvSchemaScript) {
+void FillStore(const std::string& zvPath, const std::string& zvName) {
   DatabaseHandle db = OpenEngine(zvPath, zvName, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
   AddTextCollation(db.get(), zvName);
   RunScript(db.get(),
             "pragma journal_mode = delete;\npragma synchronous = full;\npragma application_id = " +
                 std::to_string(kApplicationId) +
-                ";\npragma user_version = " + std::to_string(kSchemaVersion) + ";\nbegin exclusive;\n" +
+                ";\npragma user_version = " + std::to_string(SchemaVersion()) + ";\nbegin exclusive;\n" +
                 kFormatScript + "insert into sysFormat values ('folding', '" + text::FoldingVersion() +
-                "');\n" + zvSchemaScript + "\ncommit;",
+                "');\n" + SchemaScript(SchemaVersion()) + "\ncommit;",
             zvName);
   if (!IsOnNetwork(zvPath)) {
     RunScript(db.get(), "pragma journal_mode = wal;", zvName);
   }
-  const int lClosed = sqlite3_close(db.get());
-  if (lClosed != SQLITE_OK) {
-    throw EngineFailure(db.get(), lClosed, zvName);
+  CloseEngine(std::move(db), zvName);
+}
+
+constexpr std::string_view kEngineMark("SQLite format 3\0", 16);
+
+// The first bytes of a file; zero where it ends before them.
+struct Header {
+  std::array<unsigned char, 100> Bytes{};
+  bool Whole = true;
+
+  std::string_view Text() const { return {reinterpret_cast<const char*>(Bytes.data()), Bytes.size()}; }
+  bool HasLogMode() const { return Bytes[18] == 2; }
+  std::int32_t SchemaVersion() const { return BigEndian(Bytes.data() + 60); }
+  std::int32_t ApplicationId() const { return BigEndian(Bytes.data() + 68); }
+};
+
+Header ReadHeader(sqlite3* db, const std::string& zvPath) {
+  sqlite3_file* pFile = EngineFile(db, zvPath);
+  Header header;
+  const int lRead =
+      pFile->pMethods->xRead(pFile, header.Bytes.data(), static_cast<int>(header.Bytes.size()), 0);
+  if (lRead != SQLITE_OK && lRead != SQLITE_IOERR_SHORT_READ) {
+    throw EngineFailure(nullptr, lRead, zvPath);
   }
-  static_cast<void>(db.release());
+  header.Whole = lRead == SQLITE_OK;
+  return header;
 }
 
 // Whether the file ends with a page. While there is a log the engine may be in the middle of adding one.
@@ -193,101 +176,140 @@ bool HasWholePages(sqlite3_file& file, std::string_view zvHeader) {
   return lPageSize > 1 && file.pMethods->xFileSize(&file, &lSize) == SQLITE_OK && lSize % lPageSize == 0;
 }
 
+std::optional<Objection> ObjectionToVersion(std::int32_t lvVersion) {
+  if (lvVersion > SchemaVersion()) {
+    return Objection{"it was written by a newer version of this library (schema " +
+                         std::to_string(lvVersion) + ", this one knows " + std::to_string(SchemaVersion()) +
+                         ")",
+                     "Update the program"};
+  }
+  if (lvVersion < 1) {
+    return Objection{"it has no valid schema version", kRestore};
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
-void CreateStoreFile(const std::string& zvPath, const std::string& zvSchemaScript) {
+void CreateStoreFile(const std::string& zvPath) {
   MadeFolders folders;
   folders.MakeFor(zvPath);
   struct stat status {};
   if (lstat(zvPath.c_str(), &status) == 0) {
-    RaiseNotCreated(zvPath,
-                    "a file of that name exists; it was not touched. If it is no order store, move it away");
+    RaiseNotCreated(zvPath, kExists);
   }
   const std::string zLog = LogBeside(zvPath);
   if (!zLog.empty()) {
     // The engine would read it into the new store.
     RaiseNotCreated(zvPath, zLog + ", the log of an earlier store, is there. Move it away");
   }
-  UnfinishedStore store(zvPath);
+  UnfinishedStore store(zvPath, NotCreated(zvPath));
   try {
-    FillStore(store.Path(), zvPath, zvSchemaScript);
+    FillStore(store.Path(), zvPath);
   } catch (const Failure& failure) {
+    if (failure.Number() == failure::kOutOfMemory) {
+      throw;
+    }
     throw Failure(failure::kFileAccess, failure.Description() + " It was not created.");
   }
-  store.Publish();
+  if (!store.PublishAs(zvPath)) {
+    RaiseNotCreated(zvPath, kExists);
+  }
   folders.Keep();
 }
 
-void RequireOrdinaryFile(const std::string& zvPath) {
+std::optional<Objection> ObjectionToKind(const std::string& zvPath) {
   struct stat status {};
   if (stat(zvPath.c_str(), &status) != 0) {
     const int lError = errno;
     const std::string zFolder = std::filesystem::path(zvPath).parent_path().string();
     if (lError != ENOENT && lError != ENOTDIR) {
-      RaiseUnusable(zvPath,
-                    file::SystemErrorText(lError) + ". Check the folder " + zFolder + " and its permissions");
+      return Objection{file::SystemErrorText(lError), "Check the folder " + zFolder + " and its permissions"};
     }
     const bool bFolder = stat(zFolder.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-    RaiseUnusable(zvPath, (bFolder ? "there is no such file. " : "there is no folder " + zFolder + ". ") +
-                              kHowToCreate);
+    if (const std::string zKept = bFolder ? NewestKept(zvPath) : std::string(); !zKept.empty()) {
+      return Objection{"there is no such file, but " + zKept + ", which a restore replaced",
+                       "To use that again run `qm-ordering store restore` with it"};
+    }
+    return Objection{bFolder ? "there is no such file" : "there is no folder " + zFolder, kHowToCreate};
   }
   if (S_ISDIR(status.st_mode)) {
-    RaiseUnusable(zvPath, std::string("it is a folder. ") + kMoveAway);
+    return Objection{"it is a folder", kMoveAway};
   }
   if (!S_ISREG(status.st_mode)) {
-    RaiseUnusable(zvPath, std::string("it is not an ordinary file. ") + kMoveAway);
+    return Objection{"it is not an ordinary file", kMoveAway};
   }
   if (status.st_size == 0) {
-    RaiseUnusable(zvPath, "it is empty (0 bytes). Restore a backup, or move it away and create a store");
+    return Objection{"it is empty (0 bytes)",
+                     "Restore a backup with `qm-ordering store restore`, or move it away and create a store"};
   }
+  for (const char* zSuffix : {"-wal", "-shm"}) {
+    // The engine's own answer would not name it, or be one about permissions.
+    const std::string zBeside = zvPath + zSuffix;
+    if (stat(zBeside.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+      return Objection{zBeside + " beside it is not a file", "Move it away"};
+    }
+  }
+  return std::nullopt;
 }
 
-void RequireOrderStore(sqlite3* db, const std::string& zvPath) {
-  sqlite3_file* pFile = nullptr;
-  if (sqlite3_file_control(db, "main", SQLITE_FCNTL_FILE_POINTER, &pFile) != SQLITE_OK || pFile == nullptr ||
-      pFile->pMethods == nullptr) {
-    RaiseUnusable(zvPath, "the engine gives no handle on it");
-  }
-  std::array<unsigned char, 100> bytes{};
-  const int lRead = pFile->pMethods->xRead(pFile, bytes.data(), static_cast<int>(bytes.size()), 0);
-  if (lRead != SQLITE_OK && lRead != SQLITE_IOERR_SHORT_READ) {
-    throw EngineFailure(nullptr, lRead, zvPath);
-  }
-  const std::string_view zHeader(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  const std::string_view zMaker = zHeader.substr(4, 15);
+std::optional<Objection> ObjectionToContent(sqlite3* db, const std::string& zvPath) {
+  const Header header = ReadHeader(db, zvPath);
+  const std::string_view zMaker = header.Text().substr(4, 15);
   if (zMaker == "Standard Jet DB" || zMaker == "Standard ACE DB") {
-    RaiseUnusable(
-        zvPath,
-        std::string(
-            "it is a database of the Access engine itself, which this library neither reads nor writes. ") +
-            kMoveAway);
+    return Objection{
+        "it is a database of the Access engine itself, which this library neither reads nor writes",
+        kMoveAway};
   }
-  if (!zHeader.starts_with(std::string_view("SQLite format 3\0", 16))) {
-    RaiseUnusable(zvPath, std::string("it is a file of another kind, not an order store. ") + kMoveAway);
+  if (!header.Text().starts_with(kEngineMark)) {
+    return Objection{"it is a file of another kind, not an order store", kMoveAway};
   }
-  if (lRead == SQLITE_IOERR_SHORT_READ) {
-    RaiseUnusable(zvPath, "it is truncated. Restore a backup");
+  if (!header.Whole) {
+    return Objection{"it is truncated", kRestore};
   }
-  if (BigEndian(bytes.data() + 68) != kApplicationId) {
-    RaiseUnusable(zvPath,
-                  std::string("it is a database of another program, not an order store. ") + kMoveAway);
+  if (header.ApplicationId() != kApplicationId) {
+    return Objection{"it is a database of another program, not an order store", kMoveAway};
   }
-  const std::int32_t lVersion = BigEndian(bytes.data() + 60);
-  if (lVersion > kSchemaVersion) {
-    RaiseUnusable(zvPath, "it was written by a newer version of this library (schema " +
-                              std::to_string(lVersion) + ", this one knows " +
-                              std::to_string(kSchemaVersion) + "). Update the program");
-  }
-  if (lVersion < 1) {
-    RaiseUnusable(zvPath, "it has no valid schema version. Restore a backup");
+  if (auto objection = ObjectionToVersion(header.SchemaVersion())) {
+    return objection;
   }
   const auto bIsCut = [&] {
-    return !HasWholePages(*pFile, zHeader) && LogBeside(sqlite3_db_filename(db, "main")).empty();
+    return !HasWholePages(*EngineFile(db, zvPath), header.Text()) &&
+           LogBeside(sqlite3_db_filename(db, "main")).empty();
   };
   // Looked at twice: another program may have ended its commit between the two looks at file and log.
   if (bIsCut() && bIsCut()) {
-    RaiseUnusable(zvPath, "it is truncated. Restore a backup");
+    return Objection{"it is truncated", kRestore};
   }
+  return std::nullopt;
+}
+
+bool IsOrderStore(sqlite3* db, const std::string& zvPath) {
+  const Header header = ReadHeader(db, zvPath);
+  return header.Text().starts_with(kEngineMark) && header.ApplicationId() == kApplicationId;
+}
+
+bool HasLogMode(sqlite3* db, const std::string& zvPath) {
+  return ReadHeader(db, zvPath).HasLogMode();
+}
+
+struct stat RequireOrdinaryFile(const std::string& zvPath) {
+  RaiseIfAny(zvPath, ObjectionToKind(zvPath));
+  struct stat status {};
+  if (stat(zvPath.c_str(), &status) != 0) {
+    RaiseIfAny(zvPath, Objection{file::SystemErrorText(errno), "Try again"});
+  }
+  return status;
+}
+
+void RequireOrderStore(sqlite3* db, const std::string& zvPath) {
+  RaiseIfAny(zvPath, ObjectionToContent(db, zvPath));
+}
+
+std::int32_t RequireKnownVersion(sqlite3* db, const std::string& zvPath) {
+  const std::int32_t lVersion = std::stoi(ReadText(db, "pragma user_version", zvPath));
+  RaiseIfAny(zvPath, ObjectionToVersion(lVersion));
+  return lVersion;
 }
 
 std::string DescribeSchema(sqlite3* db, const std::string& zvPath) {
@@ -298,12 +320,12 @@ std::string DescribeSchema(sqlite3* db, const std::string& zvPath) {
       zvPath);
 }
 
-std::string DescribeSchemaOfScript(const std::string& zvSchemaScript) {
+std::string DescribeSchemaOfVersion(std::int32_t lvVersion) {
   const std::string zName = ":memory:";
   const DatabaseHandle db =
       OpenEngine(zName, zName, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX);
   AddTextCollation(db.get(), zName);
-  RunScript(db.get(), kFormatScript + zvSchemaScript, zName);
+  RunScript(db.get(), kFormatScript + SchemaScript(lvVersion), zName);
   return DescribeSchema(db.get(), zName);
 }
 
