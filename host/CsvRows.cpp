@@ -19,6 +19,12 @@ int NoCharacter(unsigned char) {
   return 0;
 }
 
+// The first line of a text that is not empty, with its end. A CR alone ends one too, as it ends a row.
+std::size_t LineLength(std::string_view zvText) {
+  const std::size_t lEnd = std::min(zvText.find_first_of("\r\n"), zvText.size() - 1);
+  return lEnd + (zvText.substr(lEnd, 2) == "\r\n" ? 2 : 1);
+}
+
 class Parser {
  public:
   explicit Parser(const std::string& zvFile) : m_zFile(zvFile) {
@@ -84,7 +90,7 @@ std::vector<CsvRow> ParseCsv(const std::string& zvText, const std::string& zvFil
   Parser parser(zvFile);
   std::string_view zRest = zvText;
   while (!zRest.empty()) {
-    const std::size_t lLine = std::min(zRest.find('\n'), zRest.size() - 1) + 1;
+    const std::size_t lLine = LineLength(zRest);
     parser.Feed(zRest.substr(0, lLine));
     zRest.remove_prefix(lLine);
   }

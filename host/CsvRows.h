@@ -6,7 +6,7 @@
 namespace host {
 
 struct CsvRow {
-  int Line;  // on which it begins, from 1
+  int Line;  // on which it begins, from 1; lines end in LF, CR LF or CR
   std::vector<std::string> Fields;
 };
 

@@ -14,8 +14,14 @@ namespace {
 constexpr std::size_t kMostSuggestions = 3;
 
 // The number of letters to be changed, added, taken away or swapped with their neighbour to get from one text
-// to the other.
-std::size_t Distance(std::string_view zvLeft, std::string_view zvRight) {
+// to the other; some number beyond lvFarthest where it is beyond that.
+std::size_t Distance(std::string_view zvLeft, std::string_view zvRight, std::size_t lvFarthest) {
+  const std::size_t lApart =
+      std::max(zvLeft.size(), zvRight.size()) - std::min(zvLeft.size(), zvRight.size());
+  if (lApart > lvFarthest) {
+    // Not worth the walk, which takes long where a whole file stands for a name.
+    return lApart;
+  }
   std::vector<std::size_t> beforeLast(zvRight.size() + 1);
   std::vector<std::size_t> last(zvRight.size() + 1);
   std::vector<std::size_t> row(zvRight.size() + 1);
@@ -44,7 +50,8 @@ std::vector<std::string> NearestNames(std::string_view zvName, const std::vector
   for (const std::string& zCandidate : zvCandidates) {
     const std::string zLower = LowerCase(zCandidate);
     const std::string zLastPart = zLower.substr(zLower.rfind('.') + 1);
-    std::size_t lDistance = std::min(Distance(zName, zLower), Distance(zName, zLastPart));
+    std::size_t lDistance =
+        std::min(Distance(zName, zLower, lFarthest), Distance(zName, zLastPart, lFarthest));
     if (zName.size() > 2 && zLower.find(zName) != std::string::npos) {
       lDistance = std::min<std::size_t>(lDistance, 1);
     }

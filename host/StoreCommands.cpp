@@ -1,12 +1,16 @@
 #include "host/StoreCommands.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/CommandLine.h"
 #include "host/Errors.h"
+#include "host/Progress.h"
 #include "host/Text.h"
 
 namespace host {
@@ -102,6 +106,93 @@ int Check(Context& context) {
   return findings.empty() ? kGood : kNotGood;
 }
 
+struct FileOptions {
+  std::string File;
+};
+
+// Shows how far a copy is. The bar begins with the first step, which tells how long it is.
+class CopyProgress {
+ public:
+  CopyProgress(const Output& out, std::string zvWhat) : m_oOut(out), m_zWhat(std::move(zvWhat)) {}
+  void Show(std::int64_t lvDone, std::int64_t lvAll) {
+    if (!m_oBar) {
+      m_oBar.emplace(m_oOut, m_zWhat, static_cast<std::size_t>(lvAll));
+    }
+    m_oBar->Done(static_cast<std::size_t>(lvDone));
+  }
+
+ private:
+  const Output& m_oOut;
+  std::string m_zWhat;
+  std::optional<Progress> m_oBar;
+};
+
+// Totals that do not fit their lines do not keep a store from being backed up.
+void WarnOfTotals(Context& context, const std::vector<std::string>& findings) {
+  for (const std::string& zFinding : findings) {
+    context.Out.Warning(zFinding + ". `qm-ordering store repair` puts it right where its lines allow.");
+  }
+}
+
+int Backup(Context& context, const FileOptions& options) {
+  NoteWhenNoStoreIsSet(context);
+  std::vector<std::string> findings;
+  {
+    CopyProgress progress(context.Out, "Copying pages");
+    findings = BackupOrderStore(options.File,
+                                [&](std::int64_t lDone, std::int64_t lAll) { progress.Show(lDone, lAll); });
+  }
+  WarnOfTotals(context, findings);
+  const std::string zFile = std::filesystem::absolute(options.File).string();
+  context.Out.MarkChange();
+  context.Out.Text("Backed up " + Shown(OrderStorePath()) + " to " + Shown(zFile) + "\n");
+  context.Out.Data({{"path", OrderStorePath()}, {"backup", zFile}, {"findings", findings}});
+  return kGood;
+}
+
+int Restore(Context& context, const FileOptions& options) {
+  NoteWhenNoStoreIsSet(context);
+  std::string zKept;
+  {
+    CopyProgress progress(context.Out, "Copying pages");
+    zKept = RestoreOrderStore(options.File,
+                              [&](std::int64_t lDone, std::int64_t lAll) { progress.Show(lDone, lAll); });
+  }
+  const std::string zFile = std::filesystem::absolute(options.File).string();
+  context.Out.MarkChange();
+  WarnOfTotals(context, CheckOrderStore());
+  context.Out.Text("Restored " + Shown(OrderStorePath()) + " from " + Shown(zFile) + "\n" +
+                   (zKept.empty() ? "There was no store to keep.\n"
+                                  : "What it replaced is kept as " + Shown(zKept) + "\n"));
+  context.Out.Data(
+      {{"path", OrderStorePath()}, {"backup", zFile}, {"kept", zKept.empty() ? Json(nullptr) : Json(zKept)}});
+  return kGood;
+}
+
+int Repair(Context& context) {
+  NoteWhenNoStoreIsSet(context);
+  const std::vector<std::string> changes = RepairOrderStore();
+  if (!changes.empty()) {
+    context.Out.MarkChange();
+  }
+  // What a repair cannot put right stays a finding.
+  const std::vector<std::string> findings = CheckOrderStore();
+  for (const std::string& zChange : changes) {
+    context.Out.Text(Shown(zChange) + "\n");
+  }
+  if (changes.empty() && findings.empty()) {
+    context.Out.Text("There was nothing to repair.\n");
+  }
+  for (const std::string& zFinding : findings) {
+    context.Out.Warning(zFinding + ".");
+  }
+  context.Out.Data({{"path", OrderStorePath()},
+                    {"changes", changes},
+                    {"whole", findings.empty()},
+                    {"findings", findings}});
+  return findings.empty() ? kGood : kNotGood;
+}
+
 int Path(Context& context) {
   NoteWhenNoStoreIsSet(context);
   const std::string zPath = OrderStorePath();
@@ -134,6 +225,36 @@ void AddStoreCommands(CLI::App& app, Command& chosen) {
           "Examines the file, its tables, the current order, and every order's total against its lines. "
           "Each\n"
           "finding is a line; exit code 1 when there are any.");
+
+  auto backupOptions = std::make_shared<FileOptions>();
+  CLI::App& backup = AddCommand(group, chosen, "backup", "Copy the store into a file, while it is in use",
+                                backupOptions, Backup);
+  AddText(backup, "FILE", backupOptions->File, "The backup; an earlier one of that name is replaced")
+      ->required()
+      ->type_name("");
+  backup.footer(
+      "The copy is checked as `store check` does before it gets its name; a store with findings is not "
+      "copied,\n"
+      "and an earlier backup stays. A file that is no order store is never replaced.");
+
+  auto restoreOptions = std::make_shared<FileOptions>();
+  CLI::App& restore =
+      AddCommand(group, chosen, "restore", "Put a backup in the place of the store", restoreOptions, Restore);
+  AddText(restore, "FILE", restoreOptions->File, "The backup, which stays as it is")
+      ->required()
+      ->type_name("");
+  restore.footer(
+      "The store that is replaced is kept beside the new one as Orders.mdb.replaced-DATE-TIME, which is "
+      "yours to\n"
+      "delete. The backup is checked first, and one with findings is refused. End every program that has the "
+      "store\n"
+      "open before: it would go on with orders that are others by then, so the command refuses.");
+
+  AddCommand(group, chosen, "repair", "Set totals that do not fit their lines", Repair)
+      .footer(
+          "Each change is a line, and each finding that is left a warning; exit code 1 when there are any. A "
+          "damaged\n"
+          "store is not touched: restore a backup.");
 
   AddCommand(group, chosen, "path", "Show where the store is", Path);
 }

@@ -6,7 +6,7 @@
 
 namespace host {
 
-// store create, store check, store path
+// store create, store check, store backup, store restore, store repair, store path
 void AddStoreCommands(CLI::App& app, Command& chosen);
 
 }  // namespace host
