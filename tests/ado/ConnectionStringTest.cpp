@@ -61,6 +61,14 @@ TEST(ConnectionString, RefusesATextOfAnotherForm) {
   }
 }
 
+TEST(ConnectionString, KnowsWhetherItHoldsOtherParts) {
+  EXPECT_TRUE(ConnectionString("a=1;B=2").HoldsOnly({"A", "b"}));
+  EXPECT_TRUE(ConnectionString("a=1").HoldsOnly({"a", "b"}));
+  EXPECT_TRUE(ConnectionString("").HoldsOnly({"a"}));
+  EXPECT_FALSE(ConnectionString("a=1;c=2").HoldsOnly({"a", "b"}));
+  EXPECT_FALSE(ConnectionString("a=1;A=1").HoldsOnly({"a", "b"}));
+}
+
 TEST(ConnectionString, ComparesNamesByTheLettersAToZAlone) {
   EXPECT_TRUE(SameName("zCCStateor", "ZCCSTATEOR"));
   EXPECT_FALSE(SameName("a", "ab"));
@@ -89,5 +97,16 @@ TEST(OpeningAConnection, RefusesAFolderThatIsNotSet) {
     const auto refused = OpenFailure(zText);
     EXPECT_EQ(failure::kPathNotFound, refused.Number()) << zText;
     EXPECT_NE(std::string::npos, refused.Description().find("OrderingDatabasePath")) << refused.Description();
+  }
+}
+
+TEST(OpeningAConnection, RefusesAFolderWithASemicolon) {
+  // What stands before the semicolon would be another file than the store of that folder.
+  for (const char* zFolder : {"/data/A;B=C", "/data/A;DBQ=/data", "/data/A;Driver=x", "{/data};B=C"}) {
+    const auto refused =
+        OpenFailure(std::string("Driver=Microsoft Access Driver (*.mdb);DBQ=") + zFolder + "\\Orders.mdb");
+    EXPECT_EQ(failure::kStoreUnavailable, refused.Number()) << zFolder;
+    EXPECT_NE(std::string::npos, refused.Description().find("must not hold a semicolon"))
+        << refused.Description();
   }
 }

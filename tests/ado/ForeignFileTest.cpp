@@ -98,6 +98,15 @@ TEST_F(ForeignFile, ThatIsAFolderIsRefused) {
   ExpectRefusal({"it is a folder", "Move it away", kCreate});
 }
 
+TEST_F(ForeignFile, InThePlaceOfTheLogIsNamed) {
+  Put(StoreBytes());
+  for (const char* zSuffix : {"-wal", "-shm"}) {
+    std::filesystem::create_directory(Store.Path() + zSuffix);
+    ExpectRefusal({Store.Path() + zSuffix + " beside it is not a file", "Move it away"});
+    std::filesystem::remove(Store.Path() + zSuffix);
+  }
+}
+
 TEST_F(ForeignFile, ThatIsEmptyIsRefused) {
   Put("");
   ExpectRefusal({"it is empty", "Restore a backup"});
@@ -144,8 +153,8 @@ TEST_F(ForeignFile, OfAnotherProgramIsRefused) {
 
 TEST_F(ForeignFile, OfANewerSchemaIsRefused) {
   Put(StoreBytes());
-  Store.Run("pragma user_version = 2");
-  ExpectRefusal({"newer version", "schema 2, this one knows 1", "Update the program"});
+  Store.Run("pragma user_version = 3");
+  ExpectRefusal({"newer version", "schema 3, this one knows 2", "Update the program"});
 }
 
 TEST_F(ForeignFile, OfNoSchemaVersionIsRefused) {
@@ -273,6 +282,24 @@ TEST_F(UnprivilegedUser, WritesAgainInTheSameProcessWhenTheFileMayBeWritten) {
                                   ado::embedded::CloseIdleSessions();
                                   return std::string(bRefused ? "refused, written" : "written");
                                 }).Outcome());
+  EXPECT_EQ("b", Ask(kRead));
+}
+
+TEST_F(UnprivilegedUser, WritesInTheSameProcessAfterAReadWhileTheFileWasReadOnly) {
+  Allow(Store.Path(), 0400);
+  EXPECT_EQ("done", test::ChildProcess([&] {
+                      test::DropPrivileges();
+                      const auto run = [](const char* zvSQL) {
+                        ado::Connection connection;
+                        connection.Open(qm_ordering::ConnectionString());
+                        connection.Execute(zvSQL);
+                      };
+                      run(kRead);
+                      Allow(Store.Path(), 0600);
+                      run(kWrite);
+                      ado::embedded::CloseIdleSessions();
+                      return std::string("done");
+                    }).Outcome());
   EXPECT_EQ("b", Ask(kRead));
 }
 

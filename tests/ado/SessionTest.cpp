@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <stdlib.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 
 #include "qm_ordering/platform/ado/Connection.h"
 #include "qm_ordering/platform/ado/StatementTrace.h"
+#include "qm_ordering/platform/ado/embedded/Engine.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/store/OrderStore.h"
 #include "tests/ado/OpenStore.h"
@@ -283,6 +285,31 @@ TEST_F(Session, IsNotUsedForAnotherFileUnderItsName) {
   EXPECT_EQ(std::vector<std::string>{}, qm_ordering::CheckOrderStore());
 }
 
+TEST_F(Session, IsRefusedForAnotherFileUnderTheNameOfOneThatIsInUse) {
+  // The engine would read the log of the one into the other.
+  const test::TempFolder other;
+  qm_ordering::CreateOrderStore(other.Path());
+  test::RunOn(test::ConnectionStringOf(other.Path()),
+              "insert into tblOrder (zPurchaseOrderNumber) values ('other')");
+  ado::embedded::CloseIdleSessions();
+  AddOrder("a");
+  {
+    test::OpenConnection connection;
+    std::filesystem::rename(Store.Path(), Folder.File("Moved.mdb"));
+    std::filesystem::rename(other.File("Orders.mdb"), Store.Path());
+    const auto refused = test::FailureOf([] { test::Value("select zPurchaseOrderNumber from tblOrder"); });
+    EXPECT_EQ(failure::kStoreUnavailable, refused.Number());
+    EXPECT_NE(std::string::npos,
+              refused.Description().find(Store.Path() + " cannot be used: the file was replaced"))
+        << refused.Description();
+    connection.Execute("insert into tblOrder (zPurchaseOrderNumber) values ('b')");
+  }
+  EXPECT_EQ("other", test::Value("select zPurchaseOrderNumber from tblOrder"));
+  ado::embedded::CloseIdleSessions();
+  EXPECT_EQ("other ", OrdersIn(Store.Path()));
+  EXPECT_EQ("a b ", OrdersIn(Folder.File("Moved.mdb")));
+}
+
 TEST_F(Session, LeavesNoLogBesideAnotherFileUnderItsName) {
   // The engine would read it into that file.
   const test::TempFolder other;
@@ -460,7 +487,7 @@ TEST_F(Session, IsNotOpenedInAForkedProcessThroughAnObjectThatIsOpen) {
   refused([&] { connection.OpenDetached("select count(*) from tblOrder"); });
   refused([&] { connection.OpenBatch("select zPurchaseOrderNumber from tblOrder"); });
   refused([&] { connection.BeginTransaction(); });
-  refused([&] { connection.CheckIntegrity(""); });
+  refused([&] { connection.CheckIntegrity(); });
   refused([&] { rows->MoveNext(); });
   refused([&] { batch.UpdateBatch(); });
   EXPECT_EQ(zBefore, Bytes());
@@ -525,4 +552,20 @@ TEST_F(Session, IsOpenedInAForkedProcessWhenNoneWasOpenBefore) {
   AddOrder("a");
   ado::embedded::CloseIdleSessions();
   EXPECT_EQ("1", test::ChildProcess([&] { return test::Value("select count(*) from tblOrder"); }).Outcome());
+}
+
+// What another program still reads cannot be brought into the file.
+TEST_F(Session, KeepsTheLogOfAMovedFileThatItCannotBringIn) {
+  test::Run("insert into tblOrder (zPurchaseOrderNumber) values ('a')");
+  sqlite3* pOther = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(Store.Path().c_str(), &pOther));
+  const ado::embedded::DatabaseHandle other(pOther);
+  ASSERT_EQ(SQLITE_OK,
+            sqlite3_exec(pOther, "begin; select lOrderID from tblOrder", nullptr, nullptr, nullptr));
+  test::Run("insert into tblOrder (zPurchaseOrderNumber) values ('b')");
+  std::filesystem::rename(Store.Path(), Folder.File("moved"));
+  ado::embedded::CloseIdleSessions();
+  EXPECT_FALSE(std::filesystem::exists(Store.Path() + "-wal"));
+  ASSERT_TRUE(std::filesystem::exists(Store.Path() + "-wal.kept"));
+  EXPECT_LT(0U, std::filesystem::file_size(Store.Path() + "-wal.kept"));
 }

@@ -117,7 +117,7 @@ TEST_F(StatementTrace, ThatRunsOutOfMemorySaysSo) {
   test::TraceRecorder trace;
   trace.Before = [](const std::string&) { throw std::bad_alloc(); };
   test::OpenConnection connection;
-  EXPECT_THROW(connection.Execute(kInsert), std::bad_alloc);
+  EXPECT_EQ(failure::kOutOfMemory, test::FailureOf([&] { connection.Execute(kInsert); }).Number());
   EXPECT_EQ("0", Store.Value("select count(*) from tblOrder"));
 }
 

@@ -107,6 +107,29 @@ TEST_F(Errors, CatchFailureTakesWhatIsNoException) {
   EXPECT_NE(caught.Description(), "");
 }
 
+TEST_F(Errors, SetUnexpectedTakesTheFailuresDetail) {
+  ErrorInfo record;
+  qm_ordering::SetUnexpected(record, Failure(-2147467259, "The disk is full"));
+  EXPECT_EQ(record, (ErrorInfo{5, "-2147467259 : The disk is full"}));
+}
+
+TEST_F(Errors, ARecordIsSetWithoutMemory) {
+  const Failure failure(-2147467259, "A failure whose detail does not fit into a string itself");
+  const std::string zLong(100, 'x');
+  ErrorInfo unexpected;
+  ErrorInfo given;
+  ErrorInfo ofTable;
+  {
+    const test::ExhaustedMemory exhausted;
+    qm_ordering::SetUnexpected(unexpected, failure);
+    qm_ordering::SetError(given, OrderingError::errListNotFound, zLong);
+    qm_ordering::SetError(ofTable, OrderingError::errItemExists, "");
+  }
+  EXPECT_EQ(unexpected, (ErrorInfo{5, "Out of memory"}));
+  EXPECT_EQ(given, (ErrorInfo{11, "Out of memory"}));
+  EXPECT_EQ(ofTable, (ErrorInfo{1, "Out of memory"}));
+}
+
 TEST_F(Errors, CatchFailureKnowsExhaustedMemory) {
   const Failure caught = Caught(std::bad_alloc());
   EXPECT_EQ(caught.Number(), 7);

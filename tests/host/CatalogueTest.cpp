@@ -48,6 +48,11 @@ TEST_F(CatalogueFile, ColumnsMayStandInAnyOrderAndLetterCase) {
   EXPECT_EQ("12.3456", line["Price"]);
 }
 
+TEST_F(CatalogueFile, CountsTheLinesThatEndInACarriageReturnAlone) {
+  ExpectRefusal("ItemNumber,Price\rA,1\rB,x\r", "line 3");
+  ExpectRefusal("ItemNumber,Price\rA,1\r\nB,\"x\ny\"\n", "line 3");
+}
+
 TEST_F(CatalogueFile, TextsAreTakenAsTheyStand) {
   const HostRun run = AddAll(
       "\xEF\xBB\xBFItemNumber,Price,Description,Model\r\n"

@@ -6,33 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/HostProgram.h"
 #include "tests/support/StoreFixture.h"
 #include "tests/support/TempFolder.h"
 
 namespace test {
-
-// What the program said and how it ended.
-struct HostRun {
-  int ExitCode = -1;  // of a program that died by a signal: 128 and the signal
-  std::string Out;
-  std::string Err;
-
-  // The data of a run with --json. Fails the test when it is none.
-  nlohmann::json Data() const;
-  // The messages of a run with --json, each a line.
-  std::vector<nlohmann::json> Messages() const;
-};
-
-// Where the standard streams of a run go instead of into its result.
-struct HostStreams {
-  std::string Input = {};       // the text of standard input
-  std::string OutputFile = {};  // opened for writing, "/dev/full" for example
-  int OutputDescriptor = -1;
-  int ErrorDescriptor = -1;
-};
-
-// Runs qm-ordering as a process of its own.
-HostRun RunHost(const std::vector<std::string>& zvArguments, const HostStreams& streams = {});
 
 // A folder with a settings file in it, and, once CreateStore was called, a store.
 class HostFixture : public testing::Test {

@@ -144,6 +144,128 @@ TEST_F(StoreCommands, CheckNamesEveryFinding) {
       Run({"store", "check"}).Out);
 }
 
+TEST_F(StoreCommands, BackupCopiesTheStoreIntoAFile) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"order", "set", "PurchaseOrderNumber=PO-7"}).ExitCode);
+  const std::string zBackup = Folder.File("a backup");
+  const HostRun run = Run({"store", "backup", zBackup});
+  EXPECT_EQ(0, run.ExitCode) << run.Err;
+  EXPECT_EQ("Backed up " + Folder.File("Orders.mdb") + " to " + zBackup + "\n", run.Out);
+  EXPECT_EQ("", run.Err);
+  EXPECT_EQ("PO-7", test::StoreFile(zBackup).Value("select zPurchaseOrderNumber from tblOrder"));
+  const auto data = RunJson({"store", "backup", zBackup}).Data();
+  EXPECT_EQ(Folder.File("Orders.mdb"), data["path"]);
+  EXPECT_EQ(zBackup, data["backup"]);
+}
+
+TEST_F(StoreCommands, BackupNamesARelativeFileWithItsFullPath) {
+  CreateStore();
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(Folder.Path());
+  const HostRun run = RunJson({"store", "backup", "file:backup"});
+  std::filesystem::current_path(before);
+  EXPECT_EQ(0, run.ExitCode) << run.Err;
+  EXPECT_EQ(std::filesystem::canonical(Folder.File("file:backup")), run.Data()["backup"].get<std::string>());
+}
+
+TEST_F(StoreCommands, BackupReplacesNoFileOfAnotherKind) {
+  CreateStore();
+  const HostRun run = Run({"store", "backup", Write("letter", "Dear Sir")});
+  EXPECT_EQ(3, run.ExitCode);
+  EXPECT_EQ("", run.Out);
+  EXPECT_NE(std::string::npos, run.Err.find("error 75: ")) << run.Err;
+  EXPECT_EQ("Dear Sir", test::ReadFile(Folder.File("letter")));
+}
+
+TEST_F(StoreCommands, BackupAndRestoreNeedAFile) {
+  CreateStore();
+  EXPECT_EQ(2, Run({"store", "backup"}).ExitCode);
+  EXPECT_EQ(2, Run({"store", "restore"}).ExitCode);
+  EXPECT_NE(std::string::npos, Run({"store", "backup", ""}).Err.find("the name given is empty"));
+  EXPECT_NE(std::string::npos, Run({"store", "restore", ""}).Err.find("the name given is empty"));
+}
+
+TEST_F(StoreCommands, RestorePutsABackupInPlaceAndSaysWhatIsKeptWhere) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"order", "set", "PurchaseOrderNumber=then"}).ExitCode);
+  ASSERT_EQ(0, Run({"store", "backup", Folder.File("backup")}).ExitCode);
+  ASSERT_EQ(0, Run({"order", "set", "PurchaseOrderNumber=now"}).ExitCode);
+  const HostRun run = RunJson({"store", "restore", Folder.File("backup")});
+  EXPECT_EQ(0, run.ExitCode) << run.Err;
+  EXPECT_EQ("", run.Err);
+  EXPECT_EQ("then", Order()["PurchaseOrderNumber"]);
+  EXPECT_EQ(Folder.File("Orders.mdb"), run.Data()["path"]);
+  EXPECT_EQ(Folder.File("backup"), run.Data()["backup"]);
+  const std::string zKept = run.Data()["kept"];
+  EXPECT_TRUE(zKept.starts_with(Folder.File("Orders.mdb.replaced-"))) << zKept;
+  EXPECT_EQ("now", test::StoreFile(zKept).Value("select zPurchaseOrderNumber from tblOrder"));
+  const HostRun again = Run({"store", "restore", Folder.File("backup")});
+  EXPECT_TRUE(again.Out.starts_with("Restored " + Folder.File("Orders.mdb") + " from " +
+                                    Folder.File("backup") + "\nWhat it replaced is kept as " +
+                                    Folder.File("Orders.mdb.replaced-")))
+      << again.Out;
+}
+
+TEST_F(StoreCommands, RestoreOfALostStoreHasNothingToKeep) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"store", "backup", Folder.File("backup")}).ExitCode);
+  std::filesystem::remove(Store().Path());
+  const HostRun run = Run({"store", "restore", Folder.File("backup")});
+  EXPECT_EQ(0, run.ExitCode) << run.Err;
+  EXPECT_NE(std::string::npos, run.Out.find("There was no store to keep."));
+  std::filesystem::remove(Store().Path());
+  EXPECT_TRUE(RunJson({"store", "restore", Folder.File("backup")}).Data()["kept"].is_null());
+  EXPECT_EQ(0, Run({"store", "check"}).ExitCode);
+}
+
+TEST_F(StoreCommands, RestoreOfSomethingElseChangesNothing) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"order", "set", "PurchaseOrderNumber=now"}).ExitCode);
+  const HostRun run = Run({"store", "restore", Write("letter", "Dear Sir")});
+  EXPECT_EQ(3, run.ExitCode);
+  EXPECT_EQ("", run.Out);
+  EXPECT_NE(std::string::npos, run.Err.find("error 75: ")) << run.Err;
+  EXPECT_EQ("now", Order()["PurchaseOrderNumber"]);
+}
+
+TEST_F(StoreCommands, RepairSaysWhatItChanged) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"order", "show"}).ExitCode);
+  Store().Run("update tblOrder set cTotalPrice = 70000");
+  const HostRun run = Run({"store", "repair"});
+  EXPECT_EQ(0, run.ExitCode) << run.Err;
+  EXPECT_EQ("order 1: its total was 7, its lines add up to 0; set to 0\n", run.Out);
+  EXPECT_EQ("There was nothing to repair.\n", Run({"store", "repair"}).Out);
+  Store().Run("update tblOrder set cTotalPrice = 70000");
+  const auto data = RunJson({"store", "repair"}).Data();
+  EXPECT_EQ(1U, data["changes"].size());
+  EXPECT_EQ("order 1: its total was 7, its lines add up to 0; set to 0", data["changes"][0]);
+  EXPECT_EQ(true, data["whole"]);
+  EXPECT_TRUE(data["findings"].empty());
+}
+
+TEST_F(StoreCommands, RepairWarnsOfWhatIsLeft) {
+  CreateStore();
+  ASSERT_EQ(0, Run({"order", "show"}).ExitCode);
+  Store().Run(
+      "insert into tblOrderItem (lOrderID, zItemNumber, cExtendedPrice) values (1, 'a', "
+      "9223372036854775807), "
+      "(1, 'b', 1)");
+  const HostRun run = Run({"store", "repair"});
+  EXPECT_EQ(1, run.ExitCode);
+  EXPECT_NE(std::string::npos, run.Out.find("order 1: the sum of its lines is beyond the range of money"));
+  EXPECT_NE(std::string::npos, run.Err.find("order 1: the sum of its lines is beyond the range of money."));
+  EXPECT_EQ(false, RunJson({"store", "repair"}).Data()["whole"]);
+}
+
+TEST_F(StoreCommands, RepairOfADamagedStoreIsARaisedFailure) {
+  CreateStore();
+  Store().Run("create table other (a)");
+  const HostRun run = Run({"store", "repair"});
+  EXPECT_EQ(3, run.ExitCode);
+  EXPECT_NE(std::string::npos, run.Err.find("qm-ordering store restore")) << run.Err;
+}
+
 TEST_F(StoreCommands, CheckOfAMissingStoreIsARaisedFailure) {
   ASSERT_EQ(0, Run({"settings", "set", "OrderingDatabasePath", Folder.Path()}).ExitCode);
   const HostRun run = Run({"store", "check"});

@@ -217,6 +217,32 @@ TEST_F(OrderDetailsLoad, CreatesOneCurrentOrderAndNoMore) {
   EXPECT_EQ(Store.Value("select count(*) from tblOrder"), "1");
 }
 
+TEST_F(OrderDetailsLoad, CreatesTheNextOneWhenAnotherProgramSubmitsAtOnceWhatItCreated) {
+  OrderDetails order;
+  {
+    test::TraceRecorder trace;
+    int lSelects = 0;
+    trace.Before = [&](const std::string& zSQL) {
+      if (zSQL.starts_with("Select * from qryGetOrderSummary") && ++lSelects == 2) {
+        Store.Run("update tblOrder set bIsCurrent = 0");
+      }
+    };
+    order.LoadSummary(true);
+  }
+  EXPECT_EQ(ErrorInfo(), order.Error()) << order.Error().Description;
+  EXPECT_EQ(2, order.OrderID());
+  EXPECT_TRUE(order.IsCurrentOrder());
+}
+
+TEST_F(OrderDetailsLoad, RecordsAStoreThatShowsNoCurrentOrderHoweverOftenOneIsCreated) {
+  Store.Run("create trigger submit after insert on tblOrder begin update tblOrder set bIsCurrent = 0; end");
+  OrderDetails order;
+  order.LoadSummary(true);
+  EXPECT_EQ(5, order.Error().Number);
+  EXPECT_TRUE(order.Error().Description.starts_with("3021")) << order.Error().Description;
+  EXPECT_EQ(-1, order.OrderID());
+}
+
 TEST_F(OrderDetailsLoad, LooksForTheCurrentOrderAndNotForItsOwnNumber) {
   AddSubmittedOrder(5);
   LoadCurrent();

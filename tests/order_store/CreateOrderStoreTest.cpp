@@ -90,7 +90,7 @@ TEST_F(CreateOrderStoreIn, AFolderMarksTheFileAsAStoreOfThisVersion) {
   CreateOrderStore(Folder.Path());
   const test::StoreFile store(Folder.File("Orders.mdb"));
   EXPECT_EQ(std::to_string(0x514D4F52), store.Value("pragma application_id"));
-  EXPECT_EQ("1", store.Value("pragma user_version"));
+  EXPECT_EQ("2", store.Value("pragma user_version"));
   EXPECT_EQ("wal", store.Value("pragma journal_mode"));
   EXPECT_EQ("UTF-8", store.Value("pragma encoding"));
   EXPECT_EQ("ok", store.Value("pragma integrity_check"));

@@ -279,9 +279,10 @@ TEST_F(OrderItemsTest, StaysAsItWasWhenMemoryEndsDuringAdd) {
         lAllocationsLeft = lLimit;
         m_oItems.Add(oItem, zRoundKey);
         lAllocationsLeft = -1;
-      } catch (const std::bad_alloc&) {
+      } catch (const Failure& failure) {
         lAllocationsLeft = -1;
         ++lFailures;
+        ASSERT_EQ(failure.Number(), qm_ordering::failure::kOutOfMemory);
         ASSERT_EQ(m_oItems.Count(), lRound);
         ASSERT_EQ(m_oItems.Item(zRoundKey), nullptr);
         ASSERT_EQ(oItem.use_count(), lRound + 1);

@@ -242,8 +242,8 @@ TEST_F(OrderDefaults, TheStoreAssignsIncreasingOrderNumbers) {
 }
 
 TEST_F(OrderDefaults, AnotherProgramsCurrentOrderCreatedInBetweenIsAccepted) {
-  Trace.Before = [&](const std::string& zSQL) {
-    if (zSQL.starts_with("insert")) {
+  Settings->Before = [&](const std::string& zCall) {
+    if (zCall == "create order defaults") {
       Store.Run("insert into tblOrder (bIsCurrent, zPurchaseOrderNumber) values (-1, 'the other one')");
     }
   };

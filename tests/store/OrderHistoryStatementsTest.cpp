@@ -27,6 +27,16 @@ class OrderHistoryStatements : public test::DatabaseFixture {
     return Store.Query("select lOrderID, bIsCurrent, datSubmitDate from tblOrder order by lOrderID");
   }
 
+  // Answers why the store refused it; empty when it was done.
+  std::string SubmitByAnotherProgram() const {
+    try {
+      Store.Run("pragma busy_timeout = 0; update tblOrder set bIsCurrent = 0");
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return {};
+  }
+
   // Makes the creation of the next order fail.
   void RefuseNewOrders() const {
     Store.Run(
@@ -174,8 +184,8 @@ TEST_F(OrderHistoryStatements, WhenTheMarkingFailsNothingIsChangedAndNoOrderIsCr
 }
 
 TEST_F(OrderHistoryStatements, AnotherProgramsCurrentOrderCreatedInBetweenIsAccepted) {
-  Trace.Before = [&](const std::string& zSQL) {
-    if (zSQL.starts_with("insert")) {
+  Settings->Before = [&](const std::string& zCall) {
+    if (zCall == "create order defaults") {
       Store.Run("insert into tblOrder (lOrderID, bIsCurrent) values (50, -1)");
     }
   };
@@ -187,15 +197,29 @@ TEST_F(OrderHistoryStatements, AnotherProgramsCurrentOrderCreatedInBetweenIsAcce
       States());
 }
 
+TEST_F(OrderHistoryStatements, AnotherProgramsCurrentOrderCannotBeSubmittedBeforeItIsSeen) {
+  std::string zRefused;
+  Settings->Before = [&](const std::string& zCall) {
+    if (zCall == "create order defaults") {
+      Store.Run("insert into tblOrder (lOrderID, bIsCurrent) values (50, -1)");
+    }
+  };
+  Trace.Before = [&](const std::string& zSQL) {
+    if (zSQL == "select count(*) from tblOrder where bIsCurrent = True") {
+      zRefused = SubmitByAnotherProgram();
+    }
+  };
+  Database.OrderDetails_SaveToHistory(12);
+
+  EXPECT_NE(std::string::npos, zRefused.find("database is locked")) << zRefused;
+  EXPECT_EQ("0 ", Recorded());
+}
+
 TEST_F(OrderHistoryStatements, NobodyCanSubmitTheOrderBetweenTheCountAndTheMarking) {
   std::string zRefused;
   Trace.Before = [&](const std::string& zSQL) {
     if (zSQL.starts_with("update")) {
-      try {
-        Store.Run("pragma busy_timeout = 0; update tblOrder set bIsCurrent = 0");
-      } catch (const std::runtime_error& error) {
-        zRefused = error.what();
-      }
+      zRefused = SubmitByAnotherProgram();
     }
   };
   Database.OrderDetails_SaveToHistory(12);

@@ -67,9 +67,9 @@ std::string ChildProcess::Outcome() {
   return lStatus == 0 ? zOutcome : "the process died with status " + std::to_string(lStatus);
 }
 
-void ChildProcess::Kill() {
+std::string ChildProcess::Kill() {
   kill(m_lProcess, SIGKILL);
-  Outcome();
+  return Outcome();
 }
 
 void DropPrivileges() {

@@ -19,8 +19,11 @@ class ChildProcess {
 
   // Waits for the end and answers the outcome. A process that died answers how.
   std::string Outcome();
-  // Kills the process as a power cut would, and waits for its end.
-  void Kill();
+  // Kills the process as a power cut would, and waits for its end. Answers as Outcome does: one that had not
+  // ended by itself answers kKilled.
+  std::string Kill();
+
+  static constexpr const char* kKilled = "the process died with status 9";
 
  private:
   pid_t m_lProcess = -1;

@@ -4,7 +4,7 @@
 #include <stdlib.h>
 
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 namespace test {
@@ -25,7 +25,9 @@ TempFolder::~TempFolder() {
 std::string ReadFile(const std::string& zvPath) {
   std::ifstream file(zvPath, std::ios::binary);
   EXPECT_TRUE(file.good()) << zvPath;
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
 }
 
 void WriteFile(const std::string& zvPath, const std::string& zvContent) {

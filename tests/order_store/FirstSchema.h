@@ -1,0 +1,143 @@
+#pragma once
+
+namespace test {
+
+// The schema of the first release, as its stores have it on the users' disks: it stays as it is.
+inline constexpr const char* kFirstSchema = R"sql(
+create table tblOrder (
+  lOrderID INTEGER PRIMARY KEY AUTOINCREMENT,
+  bIsCurrent YESNO INTEGER NOT NULL DEFAULT 0,
+  datSubmitDate DATETIME TEXT,
+  zPurchaseOrderNumber TEXT COLLATE LETTERS,
+  cTotalPrice CURRENCY INTEGER NOT NULL DEFAULT 0,
+  zPOReleaseNumber TEXT COLLATE LETTERS,
+  zOIProjectOrJobNumber TEXT COLLATE LETTERS,
+  zOIRequisitionOrApprovalName TEXT COLLATE LETTERS,
+  zOIDepartment TEXT COLLATE LETTERS,
+  zOIAttention TEXT COLLATE LETTERS,
+  zOIPhoneNumber TEXT COLLATE LETTERS,
+  zOIEmail TEXT COLLATE LETTERS,
+  bOIIsTaxExempt YESNO INTEGER NOT NULL DEFAULT 0,
+  zOITaxIDNumber TEXT COLLATE LETTERS,
+  lDIDeliveryMethod INTEGER NOT NULL DEFAULT 0,
+  zDIFirstName TEXT COLLATE LETTERS,
+  zDILastName TEXT COLLATE LETTERS,
+  zDICompanyName TEXT COLLATE LETTERS,
+  zDIAddress1 TEXT COLLATE LETTERS,
+  zDIAddress2 TEXT COLLATE LETTERS,
+  zDICity TEXT COLLATE LETTERS,
+  zDIState TEXT COLLATE LETTERS,
+  zDIStateOr TEXT COLLATE LETTERS,
+  zDIZipOrPostCode TEXT COLLATE LETTERS,
+  zDICountry TEXT COLLATE LETTERS,
+  zDIPhoneNumber TEXT COLLATE LETTERS,
+  zDIPhoneExt TEXT COLLATE LETTERS,
+  zDIFax TEXT COLLATE LETTERS,
+  zDICallBranchNumber TEXT COLLATE LETTERS,
+  zDICallAttention TEXT COLLATE LETTERS,
+  zDICallPhoneNumber TEXT COLLATE LETTERS,
+  zDICallPhoneExt TEXT COLLATE LETTERS,
+  lDIShippingMethod INTEGER NOT NULL DEFAULT 0,
+  zDINotes MEMO TEXT COLLATE LETTERS,
+  lPIPaymentMethod INTEGER NOT NULL DEFAULT 0,
+  zPIMorvaneAccountNumber TEXT COLLATE LETTERS,
+  zCCFirstName TEXT COLLATE LETTERS,
+  zCCLastName TEXT COLLATE LETTERS,
+  zCCCompanyName TEXT COLLATE LETTERS,
+  zCCAddress1 TEXT COLLATE LETTERS,
+  zCCAddress2 TEXT COLLATE LETTERS,
+  zCCCity TEXT COLLATE LETTERS,
+  zCCState TEXT COLLATE LETTERS,
+  zCCStateOr TEXT COLLATE LETTERS,
+  zCCZipOrPostCode TEXT COLLATE LETTERS,
+  zCCCountry TEXT COLLATE LETTERS,
+  zCCPhoneNumber TEXT COLLATE LETTERS,
+  zCCPhoneExt TEXT COLLATE LETTERS,
+  zCCFax TEXT COLLATE LETTERS,
+  zCCAccountNumber TEXT COLLATE LETTERS,
+  zCCComment1 TEXT COLLATE LETTERS,
+  zCCComment2 TEXT COLLATE LETTERS,
+  zCCComment3 TEXT COLLATE LETTERS,
+  zCCComment4 TEXT COLLATE LETTERS
+);
+create unique index idxOrderCurrent on tblOrder (bIsCurrent) where bIsCurrent = -1;
+create index idxOrderPurchaseOrderNumber on tblOrder (zPurchaseOrderNumber);
+
+create table tblOrderItem (
+  lOrderEntered INTEGER PRIMARY KEY AUTOINCREMENT,
+  lOrderID INTEGER NOT NULL REFERENCES tblOrder (lOrderID) ON DELETE CASCADE,
+  zItemNumber TEXT NOT NULL COLLATE LETTERS,
+  lQuantity INTEGER NOT NULL DEFAULT 0,
+  zDescription TEXT COLLATE LETTERS,
+  zShortDescription TEXT COLLATE LETTERS,
+  zManufacturer TEXT COLLATE LETTERS,
+  zModel TEXT COLLATE LETTERS,
+  lSellQuantity INTEGER NOT NULL DEFAULT 0,
+  lShipQuantity INTEGER NOT NULL DEFAULT 0,
+  zUsuallyShips TEXT COLLATE LETTERS,
+  lUsuallyShipsSortOrder INTEGER NOT NULL DEFAULT 0,
+  bIsTaxable YESNO INTEGER NOT NULL DEFAULT 0,
+  cPrice CURRENCY INTEGER NOT NULL DEFAULT 0,
+  cExtendedPrice CURRENCY INTEGER NOT NULL DEFAULT 0,
+  bIsPriceModified YESNO INTEGER NOT NULL DEFAULT 0,
+  zCustomerPartNumber TEXT COLLATE LETTERS,
+  zCustomerNotes MEMO TEXT COLLATE LETTERS,
+  bHasNotes YESNO INTEGER NOT NULL DEFAULT 0,
+  bHasPartsInfo YESNO INTEGER NOT NULL DEFAULT 0,
+  bHasContractItem YESNO INTEGER NOT NULL DEFAULT 0,
+  bImported YESNO INTEGER NOT NULL DEFAULT 0
+);
+create unique index idxOrderItem on tblOrderItem (lOrderID, zItemNumber);
+create index idxOrderItemNumber on tblOrderItem (zItemNumber);
+
+create table tblPersonalList (
+  lListID INTEGER PRIMARY KEY AUTOINCREMENT,
+  zName TEXT NOT NULL COLLATE LETTERS
+);
+create unique index idxPersonalListName on tblPersonalList (zName);
+
+create table tblPersonalListItem (
+  lListEntered INTEGER PRIMARY KEY AUTOINCREMENT,
+  lListID INTEGER NOT NULL REFERENCES tblPersonalList (lListID) ON DELETE CASCADE,
+  zItemNumber TEXT NOT NULL COLLATE LETTERS,
+  lQuantity INTEGER NOT NULL DEFAULT 0,
+  zDescription TEXT COLLATE LETTERS,
+  zShortDescription TEXT COLLATE LETTERS,
+  zManufacturer TEXT COLLATE LETTERS,
+  zModel TEXT COLLATE LETTERS,
+  lSellQuantity INTEGER NOT NULL DEFAULT 0,
+  lShipQuantity INTEGER NOT NULL DEFAULT 0,
+  zUsuallyShips TEXT COLLATE LETTERS,
+  bIsTaxable YESNO INTEGER NOT NULL DEFAULT 0,
+  zCustomerPartNumber TEXT COLLATE LETTERS,
+  zCustomerNotes MEMO TEXT COLLATE LETTERS,
+  bHasPartsInfo YESNO INTEGER NOT NULL DEFAULT 0
+);
+create unique index idxPersonalListItem on tblPersonalListItem (lListID, zItemNumber);
+
+create view qryGetOrderSummary as
+  select
+    lOrderID, bIsCurrent, datSubmitDate, zPurchaseOrderNumber, cTotalPrice, zPOReleaseNumber,
+    zOIProjectOrJobNumber, zOIRequisitionOrApprovalName, zOIDepartment, zOIAttention,
+    zOIPhoneNumber, zOIEmail, bOIIsTaxExempt, zOITaxIDNumber, lDIDeliveryMethod, zDIFirstName,
+    zDILastName, zDICompanyName, zDIAddress1, zDIAddress2, zDICity, zDIState, zDIStateOr,
+    zDIZipOrPostCode, zDICountry, zDIPhoneNumber, zDIPhoneExt, zDIFax, zDICallBranchNumber,
+    zDICallAttention, zDICallPhoneNumber, zDICallPhoneExt, lDIShippingMethod, zDINotes,
+    lPIPaymentMethod, zPIMorvaneAccountNumber, zCCFirstName, zCCLastName, zCCCompanyName,
+    zCCAddress1, zCCAddress2, zCCCity, zCCState, zCCStateOr, zCCZipOrPostCode, zCCCountry,
+    zCCPhoneNumber, zCCPhoneExt, zCCFax, zCCAccountNumber, zCCComment1, zCCComment2, zCCComment3,
+    zCCComment4
+  from tblOrder;
+
+create view qryGetOrderItems as
+  select
+    i.lOrderEntered, i.lOrderID, i.zItemNumber, i.lQuantity, i.zDescription, i.zShortDescription,
+    i.zManufacturer, i.zModel, i.lSellQuantity, i.lShipQuantity, i.zUsuallyShips,
+    i.lUsuallyShipsSortOrder, i.bIsTaxable, i.cPrice, i.cExtendedPrice, i.bIsPriceModified,
+    i.zCustomerPartNumber, i.zCustomerNotes, i.bHasNotes, i.bHasPartsInfo, i.bHasContractItem,
+    i.bImported,
+    o.bIsCurrent
+  from tblOrderItem i join tblOrder o on o.lOrderID = i.lOrderID;
+)sql";
+
+}  // namespace test
