@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
+#include <stdexcept>
 
 namespace bench {
 
@@ -46,13 +47,17 @@ bool Comparison::ReportContext(const Context& context) {
   return true;
 }
 
+void Comparison::AddRow(const std::string& zvWork, const std::string& zvSize) {
+  m_oRows.push_back({zvWork, zvSize, {}});
+}
+
 Comparison::Row& Comparison::RowOf(const std::string& zvWork, const std::string& zvSize) {
   for (Row& row : m_oRows) {
     if (row.Work == zvWork && row.Size == zvSize) {
       return row;
     }
   }
-  return m_oRows.emplace_back(Row{zvWork, zvSize, {}});
+  throw std::out_of_range("There is no row for " + zvWork);
 }
 
 void Comparison::ReportRuns(const std::vector<Run>& runs) {

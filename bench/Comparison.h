@@ -16,6 +16,9 @@ class Comparison : public benchmark::BenchmarkReporter {
  public:
   explicit Comparison(std::vector<std::string> zvPrograms) : m_zPrograms(std::move(zvPrograms)) {}
 
+  // The rows stand in the order in which they were added.
+  void AddRow(const std::string& zvWork, const std::string& zvSize);
+
   bool ReportContext(const Context& context) override;
   void ReportRuns(const std::vector<Run>& runs) override;
   void Finalize() override;

@@ -152,8 +152,8 @@ class Soci : public OrderProgram {
     m_oReadTotal = Prepare(kReadTotal, use(m_lOrder), into(m_lTotal));
     m_oRemove = Prepare(kRemoveLine, use(m_lOrder), use(zItem));
     m_oChange =
-        Prepare(kChangeLine, use(m_lQuantity), use(m_lPrice), use(m_lExtendedPrice), use(m_lModified),
-                use(m_lTaxable), use(m_oStored.Row), use(m_oStored.Quantity), use(m_oStored.Price),
+        Prepare(kChangeLine, use(m_lQuantity), use(m_lPrice), use(m_lExtendedPrice), use(m_oStored.Row),
+                use(m_oStored.ItemNumber), use(m_oStored.Quantity), use(m_oStored.Price),
                 use(m_oStored.ExtendedPrice), use(m_oStored.IsPriceModified), use(m_oStored.IsTaxable));
     m_oWriteHeader = std::make_unique<soci::statement>(m_oSession);
     for (const HeaderColumn& column : kHeaderColumns) {

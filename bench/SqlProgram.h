@@ -178,14 +178,13 @@ class SqlProgram : public OrderProgram {
     m_oChange.Bind(1, line.Quantity);
     m_oChange.Bind(2, line.Price);
     m_oChange.Bind(3, line.ExtendedPrice);
-    m_oChange.Bind(4, Flag(line.IsPriceModified));
-    m_oChange.Bind(5, Flag(line.IsTaxable));
-    m_oChange.Bind(6, row.Row);
-    m_oChange.Bind(7, row.Quantity);
-    m_oChange.Bind(8, row.Price);
-    m_oChange.Bind(9, row.ExtendedPrice);
-    m_oChange.Bind(10, row.IsPriceModified);
-    m_oChange.Bind(11, row.IsTaxable);
+    m_oChange.Bind(4, row.Row);
+    m_oChange.Bind(5, row.ItemNumber);
+    m_oChange.Bind(6, row.Quantity);
+    m_oChange.Bind(7, row.Price);
+    m_oChange.Bind(8, row.ExtendedPrice);
+    m_oChange.Bind(9, row.IsPriceModified);
+    m_oChange.Bind(10, row.IsTaxable);
     Run(m_oChange);
   }
 

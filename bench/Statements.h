@@ -28,11 +28,10 @@ inline constexpr const char* kSumLines =
 inline constexpr const char* kWriteTotal = "update tblOrder set cTotalPrice = :total where lOrderID = :order";
 inline constexpr const char* kReadTotal = "select cTotalPrice from tblOrder where lOrderID = :order";
 inline constexpr const char* kChangeLine =
-    "update tblOrderItem set lQuantity = :quantity, cPrice = :price, cExtendedPrice = :extended, "
-    "bIsPriceModified = :modified, bIsTaxable = :taxable where rowid = :row and lQuantity is :oldquantity "
-    "and "
-    "cPrice is :oldprice and cExtendedPrice is :oldextended and bIsPriceModified is :oldmodified and "
-    "bIsTaxable is :oldtaxable";
+    "update tblOrderItem set lQuantity = :quantity, cPrice = :price, cExtendedPrice = :extended "
+    "where rowid = :row and zItemNumber is :olditem collate binary and lQuantity is :oldquantity "
+    "collate binary and cPrice is :oldprice collate binary and cExtendedPrice is :oldextended collate binary "
+    "and bIsPriceModified is :oldmodified collate binary and bIsTaxable is :oldtaxable collate binary";
 inline constexpr const char* kReadHeader = "select * from qryGetOrderSummary where bIsCurrent = -1";
 inline constexpr const char* kReadLines =
     "select * from qryGetOrderItems where bIsCurrent = -1 order by lOrderEntered, zItemNumber";

@@ -63,6 +63,9 @@ class Ground {
 using Clock = std::chrono::steady_clock;
 
 void Measure(benchmark::State& state, OrderProgram& program, const Work& work, std::int32_t lvLines) {
+  if (isatty(STDERR_FILENO) != 0) {
+    std::cerr << "\r\033[K" << work.Name << ", " << lvLines << " lines";
+  }
   // Caches warm, whatever ran before.
   work.Measured(program, lvLines);
   work.After(program, lvLines);
@@ -74,9 +77,10 @@ void Measure(benchmark::State& state, OrderProgram& program, const Work& work, s
   }
 }
 
-void Register(Ground& ground, const std::vector<Work>& works) {
-  for (const Work& work : works) {
+void Register(Ground& ground, Comparison& orComparison) {
+  for (const Work& work : Works()) {
     for (const std::int32_t lLines : work.Sizes) {
+      orComparison.AddRow(work.Name, std::to_string(lLines));
       for (const Contestant& contestant : kContestants) {
         if (work.IsOfOrderAlone && contestant.IsLikeHandWritten) {
           continue;
@@ -164,17 +168,19 @@ int Run(int lvArguments, char** zvArguments) {
   if (benchmark::ReportUnrecognizedArguments(lRest, zRest.data())) {
     return 2;
   }
-  const std::vector<Work> works = Works();
   Ground ground(zFolder);
-  Register(ground, works);
   std::vector<std::string> zPrograms;
   for (const Contestant& contestant : kContestants) {
     zPrograms.emplace_back(contestant.Name);
   }
   Comparison comparison(zPrograms);
+  Register(ground, comparison);
   benchmark::RunSpecifiedBenchmarks(&comparison);
   if (comparison.HasFailed()) {
     return 1;
+  }
+  if (isatty(STDERR_FILENO) != 0) {
+    std::cerr << "\r\033[K";
   }
   CompareStarts(ground);
   CompareMemory(ground);

@@ -23,12 +23,18 @@ namespace {
 // How often the current order is created before a store that shows none is taken to be damaged.
 constexpr int kCreations = 10;
 
+// A text; empty for null.
+std::string TextOf(const ado::Field& field) {
+  Variant vValue = field.Value();
+  return vValue.IsNull() ? std::string() : std::move(vValue).ToString();
+}
+
 // The columns of the current row of a result set, with nulls of texts and dates made empty.
 class Row {
  public:
   explicit Row(const ado::Recordset& rows) : m_oRows(rows) {}
 
-  std::string Text(const char* zvColumn) const { return NullTo(Value(zvColumn), "").ToString(); }
+  std::string Text(const char* zvColumn) const { return TextOf(m_oRows.Fields(zvColumn)); }
   Date DateOf(const char* zvColumn) const { return NullTo(Value(zvColumn), Date()).ToDate(); }
   std::int32_t Integer(const char* zvColumn) const { return Value(zvColumn).ToInteger(); }
   Currency Amount(const char* zvColumn) const { return Value(zvColumn).ToCurrency(); }
@@ -205,10 +211,6 @@ struct LineFields {
       ExtendedPrice, IsPriceModified, IsTaxable, Manufacturer, Model, SellQuantity, ShipQuantity, Price,
       Quantity, UsuallyShips, HasContractItem, HasNotes, Imported, HasPartsInfo;
 };
-
-std::string TextOf(const ado::Field& field) {
-  return NullTo(field.Value(), "").ToString();
-}
 
 std::shared_ptr<OrderItem> MakeLine(const LineFields& fields, const std::string& zvStoredNumber) {
   auto oItem = std::make_shared<OrderItem>();

@@ -2,6 +2,7 @@
 
 #include "qm_ordering/foundation/Formatting.h"
 #include "qm_ordering/foundation/Strings.h"
+#include "qm_ordering/order/ItemElement.h"
 #include "qm_ordering/order/OrderDetails.h"
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/clock/Clock.h"
@@ -14,9 +15,9 @@ namespace qm_ordering {
 namespace {
 
 // Among thousands of lines a failure is of use only when it names the one that it is about.
-std::string LineXML(const OrderItem& item, int lvLine) {
+void AppendLine(xml::Document& orDocument, xml::Element& orLines, const OrderItem& item, int lvLine) {
   try {
-    return item.GetXML();
+    orLines.AppendChild(ItemElement(orDocument, item));
   } catch (const Failure& failure) {
     throw Failure(failure.Number(), "Line " + std::to_string(lvLine) + ", item " + item.ItemNumber() + ": " +
                                         failure.Description());
@@ -58,7 +59,7 @@ std::string OrderDocument(const OrderDetails& order) {
   int lLine = 0;
   for (const auto& oItem : *order.OrderItems()) {
     ++lLine;
-    GraftElement(items, LineXML(*oItem, lLine), "orderitem");
+    AppendLine(document, items, *oItem, lLine);
   }
   root.AppendChild(items);
   return document.XML();

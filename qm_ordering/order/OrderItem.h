@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "qm_ordering/foundation/ErrorInfo.h"
 #include "qm_ordering/foundation/LibraryObject.h"
@@ -20,18 +21,20 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   void OrderID(std::int32_t lvOrderID) { m_lOrderID = lvOrderID; }
   // catalogue item number; the key of the line
   const std::string& ItemNumber() const { return m_zItemNumber; }
-  void ItemNumber(const std::string& zvItemNumber) { m_zItemNumber = zvItemNumber; }
+  void ItemNumber(std::string zvItemNumber) { m_zItemNumber = std::move(zvItemNumber); }
   std::int32_t Quantity() const { return m_lQuantity; }
   void Quantity(std::int32_t lvQuantity) { m_lQuantity = lvQuantity; }
   const std::string& Description() const { return m_zDescription; }
-  void Description(const std::string& zvDescription) { m_zDescription = zvDescription; }
+  void Description(std::string zvDescription) { m_zDescription = std::move(zvDescription); }
   // not part of the XML
   const std::string& ShortDescription() const { return m_zShortDescription; }
-  void ShortDescription(const std::string& zvShortDescription) { m_zShortDescription = zvShortDescription; }
+  void ShortDescription(std::string zvShortDescription) {
+    m_zShortDescription = std::move(zvShortDescription);
+  }
   const std::string& Manufacturer() const { return m_zManufacturer; }
-  void Manufacturer(const std::string& zvManufacturer) { m_zManufacturer = zvManufacturer; }
+  void Manufacturer(std::string zvManufacturer) { m_zManufacturer = std::move(zvManufacturer); }
   const std::string& Model() const { return m_zModel; }
-  void Model(const std::string& zvModel) { m_zModel = zvModel; }
+  void Model(std::string zvModel) { m_zModel = std::move(zvModel); }
   // pack size in which the item ships
   std::int32_t ShipQuantity() const { return m_lShipQuantity; }
   void ShipQuantity(std::int32_t lvShipQuantity) { m_lShipQuantity = lvShipQuantity; }
@@ -40,7 +43,7 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   void SellQuantity(std::int32_t lvSellQuantity) { m_lSellQuantity = lvSellQuantity; }
   // lead time, free text: "TODAY", "1-3 DAYS", "SPECIAL ORDER"
   const std::string& UsuallyShips() const { return m_zUsuallyShips; }
-  void UsuallyShips(const std::string& zvUsuallyShips) { m_zUsuallyShips = zvUsuallyShips; }
+  void UsuallyShips(std::string zvUsuallyShips) { m_zUsuallyShips = std::move(zvUsuallyShips); }
   bool IsTaxable() const { return m_bIsTaxable; }
   void IsTaxable(bool bvIsTaxable) { m_bIsTaxable = bvIsTaxable; }
   // of one unit
@@ -52,11 +55,11 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   bool IsPriceModified() const { return m_bIsPriceModified; }
   void IsPriceModified(bool bvIsPriceModified) { m_bIsPriceModified = bvIsPriceModified; }
   const std::string& CustomerPartNumber() const { return m_zCustomerPartNumber; }
-  void CustomerPartNumber(const std::string& zvCustomerPartNumber) {
-    m_zCustomerPartNumber = zvCustomerPartNumber;
+  void CustomerPartNumber(std::string zvCustomerPartNumber) {
+    m_zCustomerPartNumber = std::move(zvCustomerPartNumber);
   }
   const std::string& CustomerNotes() const { return m_zCustomerNotes; }
-  void CustomerNotes(const std::string& zvCustomerNotes) { m_zCustomerNotes = zvCustomerNotes; }
+  void CustomerNotes(std::string zvCustomerNotes) { m_zCustomerNotes = std::move(zvCustomerNotes); }
   bool HasContractItem() const { return m_bHasContractItem; }
   void HasContractItem(bool bvHasContractItem) { m_bHasContractItem = bvHasContractItem; }
   bool HasNotes() const { return m_bHasNotes; }

@@ -496,18 +496,24 @@ void Database::WriteChangedLines(const std::string& zvSQL, const std::vector<std
                                  const OrderItems& ovOrderItems) {
   RefuseQuotes(zvSQL, zvItemNumbers);
   ado::BatchRecordset rows = Connection().OpenBatch(zvSQL);
+  const std::size_t lItemNumber = rows.Column("zItemNumber");
+  const std::size_t lQuantity = rows.Column("lQuantity");
+  const std::size_t lPrice = rows.Column("cPrice");
+  const std::size_t lExtendedPrice = rows.Column("cExtendedPrice");
+  const std::size_t lIsPriceModified = rows.Column("bIsPriceModified");
+  const std::size_t lIsTaxable = rows.Column("bIsTaxable");
   for (; !rows.AtEnd(); rows.MoveNext()) {
-    const std::string zItemNumber = rows.Value("zItemNumber").ToString();
+    const std::string zItemNumber = rows.Value(lItemNumber).ToString();
     const std::shared_ptr<OrderItem> oItem = ovOrderItems.Item(zItemNumber);
     if (oItem == nullptr) {
       throw Failure(failure::kObjectNotSet, "The given lines hold the item " + zItemNumber +
                                                 " under another key than its item number.");
     }
-    rows.Value("lQuantity", oItem->Quantity());
-    rows.Value("cPrice", oItem->Price());
-    rows.Value("cExtendedPrice", oItem->ExtendedPrice());
-    rows.Value("bIsPriceModified", oItem->IsPriceModified());
-    rows.Value("bIsTaxable", oItem->IsTaxable());
+    rows.Value(lQuantity, oItem->Quantity());
+    rows.Value(lPrice, oItem->Price());
+    rows.Value(lExtendedPrice, oItem->ExtendedPrice());
+    rows.Value(lIsPriceModified, oItem->IsPriceModified());
+    rows.Value(lIsTaxable, oItem->IsTaxable());
   }
   rows.UpdateBatch();
 }

@@ -153,8 +153,10 @@ create view qryGetOrderItems as
 )sql";
 
 // Each change of a line adds up the lines of its order: from this index alone, without the lines themselves.
+// And it gives the lines of an order in the sequence in which they were entered, in which most programs show
+// them.
 constexpr const char* kOrderItemTotal = R"sql(
-create index idxOrderItemTotal on tblOrderItem (lOrderID, cExtendedPrice);
+create index idxOrderItemTotal on tblOrderItem (lOrderID, lOrderEntered, cExtendedPrice);
 )sql";
 
 constexpr const char* kSteps[] = {kFirst, kOrderItemTotal};

@@ -474,7 +474,7 @@ TEST_F(Session, IsNotOpenedInAForkedProcessThroughAnObjectThatIsOpen) {
   test::OpenConnection connection;
   const auto rows = connection.Execute("select zPurchaseOrderNumber from tblOrder");
   ado::BatchRecordset batch = connection.OpenBatch("select zPurchaseOrderNumber from tblOrder");
-  batch.Value("zPurchaseOrderNumber", "from the child");
+  batch.Value(batch.Column("zPurchaseOrderNumber"), "from the child");
   const std::string zBefore = Bytes();
   const auto refused = [&](const std::function<void()>& use) {
     const std::string zOutcome = test::ChildProcess([&] {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "qm_ordering/foundation/Strings.h"
 #include "qm_ordering/order/OrderDetails.h"
 #include "qm_ordering/platform/text/NumberFormat.h"
 #include "tests/order/OrderFixture.h"
@@ -182,6 +183,16 @@ TEST_F(OrderDocumentStrict, BringsEveryCharacterAndTheWorstTextsBackFrom10000Lin
   }
   oOrder->TotalPrice(cTotal);
   ExpectReadBack(*oOrder, items);
+}
+
+TEST_F(OrderDocumentStrict, HoldsTheLinesAsTheirOwnTextsParsedAndGraftedWouldBe) {
+  const auto oOrder = LoadCurrent();
+  std::string zGrafted = "<orderitems>";
+  for (const auto& oItem : WorstItems(300)) {
+    oOrder->OrderItems()->Add(oItem, oItem->ItemNumber());
+    zGrafted += qm_ordering::SelectElement(oItem->GetXML(), "orderitem").XML();
+  }
+  EXPECT_NE(oOrder->GetXML().find(zGrafted + "</orderitems>"), std::string::npos);
 }
 
 TEST_F(OrderDocumentStrict, IsReadByAParserThatRefusesWhatIsNotXML) {

@@ -198,8 +198,8 @@ class LineBatch : public ResultSets {
 
   static void ChangeAll(qm_ordering::ado::BatchRecordset& rows) {
     for (; !rows.AtEnd(); rows.MoveNext()) {
-      rows.Value("lQuantity", 9);
-      rows.Value("cPrice", Money("1.5"));
+      rows.Value(rows.Column("lQuantity"), 9);
+      rows.Value(rows.Column("cPrice"), Money("1.5"));
     }
   }
 

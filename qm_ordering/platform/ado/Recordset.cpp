@@ -3,7 +3,6 @@
 #include <bit>
 #include <utility>
 
-#include "qm_ordering/platform/ado/ConnectionString.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering::ado {
@@ -16,15 +15,6 @@ namespace {
 
 [[noreturn]] void RaiseNoRow() {
   throw Failure(failure::kNoCurrentRow, "The result set has no current row.");
-}
-
-std::size_t FindColumn(const std::vector<std::string>& oColumns, std::string_view zvName) {
-  for (std::size_t i = 0; i < oColumns.size(); ++i) {
-    if (SameName(oColumns[i], zvName)) {
-      return i;
-    }
-  }
-  throw Failure(failure::kUnknownField, "The result set has no column \"" + std::string(zvName) + "\".");
 }
 
 // A date as one number, for a cell of a detached set.
@@ -76,13 +66,13 @@ class LiveRecordset : public Recordset {
   void Close() noexcept override { m_oCursor.reset(); }
 
  protected:
-  const std::vector<std::string>& Columns() const override {
+  const ColumnNames& Columns() const override {
     RequireOpen();
-    return m_oCursor->Columns();
+    return *m_oCursor->Columns();
   }
   Variant ValueAt(std::size_t lvColumn) const override {
-    RequireOpen();
-    if (m_bAtEnd) {
+    if (m_oCursor == nullptr || m_bAtEnd) {
+      RequireOpen();
       RaiseNoRow();
     }
     return m_oCursor->Value(lvColumn);
@@ -106,7 +96,7 @@ class DetachedRecordset : public Recordset {
  public:
   explicit DetachedRecordset(Cursor& oCursor) : m_oColumns(oCursor.Columns()) {
     while (oCursor.Next()) {
-      for (std::size_t i = 0; i < m_oColumns.size(); ++i) {
+      for (std::size_t i = 0; i < m_oColumns->Count(); ++i) {
         Append(oCursor.Value(i));
       }
       ++m_lRows;
@@ -136,16 +126,16 @@ class DetachedRecordset : public Recordset {
   }
 
  protected:
-  const std::vector<std::string>& Columns() const override {
+  const ColumnNames& Columns() const override {
     RequireOpen();
-    return m_oColumns;
+    return *m_oColumns;
   }
 
   Variant ValueAt(std::size_t lvColumn) const override {
     if (AtEnd()) {
       RaiseNoRow();
     }
-    const Cell& cell = m_oCells[m_lRow * m_oColumns.size() + lvColumn];
+    const Cell& cell = m_oCells[m_lRow * m_oColumns->Count() + lvColumn];
     switch (cell.Kind) {
       case VariantKind::Boolean:
         return cell.Number != 0;
@@ -212,7 +202,7 @@ class DetachedRecordset : public Recordset {
     }
   }
 
-  std::vector<std::string> m_oColumns;
+  std::shared_ptr<const ColumnNames> m_oColumns;
   std::vector<Cell> m_oCells;
   std::string m_zTexts;
   std::size_t m_lRows = 0;
@@ -238,11 +228,11 @@ std::unique_ptr<Recordset> Recordset::Detached(std::unique_ptr<Cursor> oCursor) 
 }
 
 Field Recordset::Fields(std::string_view zvName) const {
-  return {this, FindColumn(Columns(), zvName)};
+  return {this, Columns().Find(zvName)};
 }
 
 Field Recordset::Fields(std::size_t lvColumn) const {
-  if (lvColumn >= Columns().size()) {
+  if (lvColumn >= Columns().Count()) {
     throw Failure(failure::kUnknownField, "The result set has no column " + std::to_string(lvColumn) + ".");
   }
   return {this, lvColumn};
@@ -252,27 +242,28 @@ BatchRecordset::BatchRecordset(Session& oSession, const std::string& zvSQL)
     : m_oSession(oSession), m_oKeyset(oSession.ReadKeyset(zvSQL)) {}
 
 void BatchRecordset::MoveNext() {
-  if (AtEnd()) {
-    RaiseNoRow();
-  }
+  RequireRow();
   ++m_lRow;
 }
 
-std::size_t BatchRecordset::ColumnIndex(std::string_view zvColumn) const {
+void BatchRecordset::RequireRow() const {
   if (AtEnd()) {
     RaiseNoRow();
   }
-  return FindColumn(m_oKeyset.Columns, zvColumn);
 }
 
-const Variant& BatchRecordset::Value(std::string_view zvColumn) const {
-  const std::size_t lColumn = ColumnIndex(zvColumn);
-  return m_oKeyset.Rows[m_lRow].Changed[lColumn];
+std::size_t BatchRecordset::Column(std::string_view zvName) const {
+  return m_oKeyset.Columns->Find(zvName);
 }
 
-void BatchRecordset::Value(std::string_view zvColumn, Variant vvValue) {
-  const std::size_t lColumn = ColumnIndex(zvColumn);
-  m_oKeyset.Rows[m_lRow].Changed[lColumn] = std::move(vvValue);
+const Variant& BatchRecordset::Value(std::size_t lvColumn) const {
+  RequireRow();
+  return m_oKeyset.Rows[m_lRow].Changed[lvColumn];
+}
+
+void BatchRecordset::Value(std::size_t lvColumn, Variant vvValue) {
+  RequireRow();
+  m_oKeyset.Rows[m_lRow].Changed[lvColumn] = std::move(vvValue);
 }
 
 void BatchRecordset::UpdateBatch() {

@@ -51,7 +51,7 @@ class Recordset {
 
  protected:
   friend class Field;
-  virtual const std::vector<std::string>& Columns() const = 0;
+  virtual const ColumnNames& Columns() const = 0;
   virtual Variant ValueAt(std::size_t lvColumn) const = 0;
 };
 
@@ -63,15 +63,18 @@ class BatchRecordset {
   bool AtEnd() const { return m_lRow >= m_oKeyset.Rows.size(); }
   void MoveNext();
 
-  // Of the current row. Raise kUnknownField, and kNoCurrentRow behind the last row.
-  const Variant& Value(std::string_view zvColumn) const;
-  void Value(std::string_view zvColumn, Variant vvValue);
+  // The position of the column of that name, in any letter case. Raises kUnknownField.
+  std::size_t Column(std::string_view zvName) const;
+
+  // Of the current row. Raise kNoCurrentRow behind the last row.
+  const Variant& Value(std::size_t lvColumn) const;
+  void Value(std::size_t lvColumn, Variant vvValue);
 
   // Sends all changes, or none when it fails. Must be called while the session is open.
   void UpdateBatch();
 
  private:
-  std::size_t ColumnIndex(std::string_view zvColumn) const;
+  void RequireRow() const;
 
   Session& m_oSession;
   Keyset m_oKeyset;

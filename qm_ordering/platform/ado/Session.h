@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "qm_ordering/platform/ado/ColumnNames.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/Variant.h"
 
@@ -22,7 +23,7 @@ class Cursor {
   virtual ~Cursor() = default;
   // False once its session has ended.
   virtual bool IsOpen() const noexcept = 0;
-  virtual const std::vector<std::string>& Columns() const = 0;
+  virtual const std::shared_ptr<const ColumnNames>& Columns() const = 0;
   // Moves to the next row, at first to the first one; false behind the last. A failure closes the cursor.
   virtual bool Next() = 0;
   // A column's value in the current row, in the kind of the column: Null, Integer, Boolean, Currency, Date,
@@ -38,7 +39,7 @@ struct Keyset {
     std::vector<Variant> Changed;  // as they are to be
   };
   std::string Table;
-  std::vector<std::string> Columns;
+  std::shared_ptr<const ColumnNames> Columns;
   std::vector<Row> Rows;
 };
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -78,7 +79,7 @@ std::string ReadWhole(const std::string& zvFile) {
                                             : "it is not a regular file. Name one that is");
   }
   std::string zContent;
-  std::string zPiece(std::size_t{64} << 10, '\0');
+  std::array<char, 4096> zPiece;
   while (true) {
     const ssize_t lRead = read(file.Number(), zPiece.data(), zPiece.size());
     if (lRead < 0 && errno == EINTR) {
@@ -90,7 +91,7 @@ std::string ReadWhole(const std::string& zvFile) {
     if (lRead == 0) {
       return zContent;
     }
-    zContent.append(zPiece, 0, static_cast<std::size_t>(lRead));
+    zContent.append(zPiece.data(), static_cast<std::size_t>(lRead));
     if (zContent.size() > kMaximumSize) {
       RaiseFileAccess("read", zvFile, "it is larger than 16 MiB, which no settings file is");
     }
@@ -250,35 +251,27 @@ class FileOrderDefaults : public OrderDefaults {
   }
 
   void Save() override {
-    // A file that holds all of it already may stand where nothing can be written.
     const std::string zTarget = FollowLinks(m_zFile);
-    if (Merged(zTarget)) {
+    const std::string zOld = ReadWhole(zTarget);
+    const std::string zNew = WithChanges(zOld, zTarget);
+    // A file that holds all of it already may stand where nothing can be written.
+    if (zNew != zOld) {
       MakeFolders(FolderOf(zTarget), zTarget);
-      WriteLocked(zTarget);
+      const WriteLock lock(zTarget);
+      // Another process may have written since: what counts is what the file holds now.
+      const std::string zNow = ReadWhole(zTarget);
+      Replace(zTarget, zNow == zOld ? zNew : WithChanges(zNow, zTarget));
     }
     m_oChanges.clear();
   }
 
  private:
-  void WriteLocked(const std::string& zvTarget) {
-    const WriteLock lock(zvTarget);
-    // Another process may have written since: what counts is what the file holds now.
-    if (const auto zContent = Merged(zvTarget)) {
-      Replace(zvTarget, *zContent);
-    }
-  }
-
-  // The file's text with this object's changes; nothing when they change nothing in it.
-  std::optional<std::string> Merged(const std::string& zvTarget) {
-    const std::string zOld = ReadWhole(zvTarget);
-    settings::SettingsText text(zOld, zvTarget);
+  std::string WithChanges(const std::string& zvOld, const std::string& zvTarget) {
+    settings::SettingsText text(zvOld, zvTarget);
     for (const auto& [zKey, zValue] : m_oChanges) {
       text.Set(zKey, zValue);
     }
     std::string zNew = text.Text();
-    if (zNew == zOld) {
-      return std::nullopt;
-    }
     if (zNew.size() > kMaximumSize) {
       RaiseFileAccess("write", zvTarget, "it would become larger than 16 MiB");
     }

@@ -24,7 +24,7 @@ struct NumberSigns {
   std::string zGrouping = "\3";
 };
 
-std::string LocaleName() {
+std::string_view LocaleName() {
   for (const char* zVariable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
     const char* zName = std::getenv(zVariable);
     if (zName != nullptr && *zName != '\0') {
@@ -88,14 +88,15 @@ struct KnownSigns {
 };
 
 // Environment variables can change between two calls; reading a locale costs much more than comparing a name.
-NumberSigns CurrentSigns() {
-  const std::string zName = LocaleName();
+// orOwn takes the signs where the thread can keep none.
+const NumberSigns& CurrentSigns(NumberSigns& orOwn) {
+  const std::string_view zName = LocaleName();
   KnownSigns* pKnown = PerThread<KnownSigns>::Get();
   if (pKnown == nullptr) {
-    return ReadSigns(zName);
+    return orOwn = ReadSigns(std::string(zName));
   }
   if (zName != pKnown->Name) {
-    *pKnown = KnownSigns{zName, ReadSigns(zName)};
+    *pKnown = KnownSigns{std::string(zName), ReadSigns(std::string(zName))};
   }
   return pKnown->Signs;
 }
@@ -130,7 +131,8 @@ std::string FormatAmount(Currency cvAmount) {
   const std::uint64_t lMagnitude =
       lScaled < 0 ? 0 - static_cast<std::uint64_t>(lScaled) : static_cast<std::uint64_t>(lScaled);
   const std::uint64_t lHundredths = (lMagnitude + 50) / 100;
-  const NumberSigns signs = CurrentSigns();
+  NumberSigns own;
+  const NumberSigns& signs = CurrentSigns(own);
   const std::string zDecimals = std::to_string(lHundredths % 100);
   return (lScaled < 0 && lHundredths != 0 ? "-" : "") + Group(std::to_string(lHundredths / 100), signs) +
          signs.zPoint + std::string(2 - zDecimals.size(), '0') + zDecimals;

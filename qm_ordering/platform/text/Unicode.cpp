@@ -139,7 +139,11 @@ std::optional<std::size_t> FindNonXML(std::string_view zvText) {
 std::string Fold(std::string_view zvText) {
   std::string zFolded;
   zFolded.reserve(zvText.size());
-  FoldedBytes bytes(zvText);
+  std::size_t lASCII = 0;
+  for (; lASCII < zvText.size() && ByteAt(zvText, lASCII) < kFirstNonASCII; ++lASCII) {
+    zFolded.push_back(static_cast<char>(FoldASCII(ByteAt(zvText, lASCII))));
+  }
+  FoldedBytes bytes(zvText.substr(lASCII));
   for (int lByte = bytes.Next(); lByte != FoldedBytes::kEnd; lByte = bytes.Next()) {
     zFolded.push_back(static_cast<char>(lByte));
   }

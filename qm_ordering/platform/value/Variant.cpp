@@ -162,7 +162,14 @@ Date Variant::ToDate() const {
   return *date;
 }
 
-std::string Variant::ToString() const {
+std::string Variant::ToString() && {
+  if (auto* pText = std::get_if<std::string>(&m_vValue)) {
+    return std::move(*pText);
+  }
+  return std::as_const(*this).ToString();
+}
+
+std::string Variant::ToString() const& {
   switch (Kind()) {
     case VariantKind::Empty:
       return {};

@@ -44,7 +44,7 @@ class QM_ORDERING_API Variant {
   Variant(qm_ordering::Currency cvValue) : m_vValue(cvValue) {}
   Variant(qm_ordering::Date datvValue) : m_vValue(datvValue) {}
   Variant(std::string zvValue) : m_vValue(std::move(zvValue)) {}
-  Variant(std::string_view zvValue) : m_vValue(std::string(zvValue)) {}
+  Variant(std::string_view zvValue) : m_vValue(std::in_place_type<std::string>, zvValue) {}
   // A null pointer makes the empty string.
   Variant(const char* zvValue) : m_vValue(std::string(zvValue == nullptr ? "" : zvValue)) {}
   template <std::derived_from<qm_ordering::Object> T>
@@ -76,7 +76,8 @@ class QM_ORDERING_API Variant {
   qm_ordering::Date ToDate() const;
   // Numbers in plain form (a double with as few digits as read back as it), booleans as True and False, dates
   // as the general date text.
-  std::string ToString() const;
+  std::string ToString() const&;
+  std::string ToString() &&;  // hands over the text of a string
   // The reference; null for empty. Raises 13 for every other kind.
   std::shared_ptr<qm_ordering::Object> ToObject() const;
 

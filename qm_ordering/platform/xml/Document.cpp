@@ -281,22 +281,22 @@ std::string Document::XML() const {
 Element::Element(std::shared_ptr<Document::Tree> oTree, void* pNode)
     : m_oTree(std::move(oTree)), m_pNode(pNode) {}
 
-void Element::SetAttribute(std::string_view zvName, std::string_view zvValue) {
+void Element::SetAttribute(const char* zvName, std::string_view zvValue) {
   pugi::xml_node node = NodeOf(*this, m_pNode, "Element.SetAttribute");
-  const std::string zName(zvName);
   if (const std::optional<std::size_t> lAt = text::FindNonXML(zvValue)) {
     throw Failure(failure::kXmlCharacter,
-                  "The text for the attribute \"" + zName + "\" of the XML element \"" + node.name() +
-                      "\" has at byte " + std::to_string(*lAt + 1) + " of " + std::to_string(zvValue.size()) +
+                  std::string("The text for the attribute \"") + zvName + "\" of the XML element \"" +
+                      node.name() + "\" has at byte " + std::to_string(*lAt + 1) + " of " +
+                      std::to_string(zvValue.size()) +
                       " what XML cannot hold, a control character or broken UTF-8; take it out of the text");
   }
-  pugi::xml_attribute attribute = node.attribute(zName.c_str());
+  pugi::xml_attribute attribute = node.attribute(zvName);
   if (attribute) {
     RequireMemory(attribute.set_value(zvValue.data(), zvValue.size()));
     return;
   }
   attribute = node.append_attribute("");
-  if (!attribute.set_name(zName.c_str()) || !attribute.set_value(zvValue.data(), zvValue.size())) {
+  if (!attribute.set_name(zvName) || !attribute.set_value(zvValue.data(), zvValue.size())) {
     node.remove_attribute(attribute);
     throw std::bad_alloc();
   }

@@ -57,7 +57,7 @@ class Element {
   // zvValue holds what XML cannot: broken UTF-8, control characters other than tab, line feed and carriage
   // return, surrogates, U+FFFE, U+FFFF; the element is then unchanged. The message names element, attribute
   // and byte, counted from 1.
-  void SetAttribute(std::string_view zvName, std::string_view zvValue);
+  void SetAttribute(const char* zvName, std::string_view zvValue);
 
   // The attribute's value; empty when it is not there.
   std::string Attribute(std::string_view zvName) const;

@@ -7,6 +7,7 @@
 
 #include "qm_ordering/platform/PerThread.h"
 #include "qm_ordering/platform/ado/embedded/Integrity.h"
+#include "qm_ordering/platform/ado/embedded/KeysetWriter.h"
 #include "qm_ordering/platform/ado/embedded/PooledSession.h"
 #include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 #include "qm_ordering/platform/ado/embedded/SchemaUpdate.h"
@@ -79,54 +80,64 @@ class EmbeddedSession : public Session {
   friend class EmbeddedCursor;
 
   std::unique_ptr<Prepared> Start(const Translation& translation);
-  void WriteRow(const Keyset& oKeyset, const Keyset::Row& row);
 
   std::unique_ptr<PooledSession> m_oSession;
   std::vector<EmbeddedCursor*> m_oCursors;
 };
 
-Variant ReadColumn(const Prepared& statement, std::size_t lvColumn) {
-  sqlite3_stmt* pStatement = statement.Handle.get();
-  const int lColumn = static_cast<int>(lvColumn);
-  const int lType = sqlite3_column_type(pStatement, lColumn);
-  if (lType == SQLITE_NULL) {
-    return Variant::Null();
-  }
-  const std::optional<ColumnKind> kind = statement.Kinds[lvColumn];
-  const bool bText = lType == SQLITE_TEXT || lType == SQLITE_BLOB;
-  if (bText) {
-    if (kind && *kind != ColumnKind::Text && *kind != ColumnKind::Date) {
-      throw Failure(failure::kTypeMismatch,
-                    "The column " + statement.Columns[lvColumn] + " holds a text, not a number.");
-    }
-    const void* pBytes = sqlite3_column_blob(pStatement, lColumn);
-    const auto lSize = static_cast<std::size_t>(sqlite3_column_bytes(pStatement, lColumn));
-    const std::string_view zText =
-        pBytes == nullptr ? std::string_view() : std::string_view(static_cast<const char*>(pBytes), lSize);
-    if (kind != ColumnKind::Date) {
+[[noreturn]] void RaiseHolds(const Prepared& statement, std::size_t lvColumn, const char* zvWhat) {
+  throw Failure(failure::kTypeMismatch,
+                "The column " + (*statement.Columns)[lvColumn] + " holds " + zvWhat + ".");
+}
+
+Variant TextColumn(const Prepared& statement, std::size_t lvColumn, sqlite3_value* pValue) {
+  const void* pBytes = sqlite3_value_blob(pValue);
+  const std::string_view zText(static_cast<const char*>(pBytes),
+                               pBytes == nullptr ? 0 : static_cast<std::size_t>(sqlite3_value_bytes(pValue)));
+  switch (statement.Kinds[lvColumn].value_or(ColumnKind::Text)) {
+    case ColumnKind::Text:
       return zText;
-    }
-    const std::optional<Date> datValue = Date::ParseStoreText(zText);
-    if (!datValue) {
-      throw Failure(failure::kTypeMismatch, "The column " + statement.Columns[lvColumn] + " holds no date.");
-    }
-    return *datValue;
+    case ColumnKind::Date:
+      if (const std::optional<Date> datValue = Date::ParseStoreText(zText)) {
+        return *datValue;
+      }
+      RaiseHolds(statement, lvColumn, "no date");
+    default:
+      RaiseHolds(statement, lvColumn, "a text, not a number");
   }
-  if (lType == SQLITE_FLOAT && !kind) {
-    return sqlite3_column_double(pStatement, lColumn);
+}
+
+Variant IntegerColumn(const Prepared& statement, std::size_t lvColumn, sqlite3_value* pValue) {
+  const std::int64_t lNumber = sqlite3_value_int64(pValue);
+  switch (statement.Kinds[lvColumn].value_or(ColumnKind::Integer)) {
+    case ColumnKind::Integer:
+      return lNumber;
+    case ColumnKind::Boolean:
+      return lNumber != 0;
+    case ColumnKind::Currency:
+      return Currency::FromScaled(lNumber);
+    default:
+      RaiseHolds(statement, lvColumn, "a number of the wrong kind");
   }
-  if (lType == SQLITE_FLOAT || kind == ColumnKind::Text || kind == ColumnKind::Date) {
-    throw Failure(failure::kTypeMismatch,
-                  "The column " + statement.Columns[lvColumn] + " holds a number of the wrong kind.");
+}
+
+Variant ReadColumn(const Prepared& statement, std::size_t lvColumn) {
+  // The value itself, asked for once: the engine's readers of columns look each for it anew. It may be used
+  // so because one thread at a time has the session.
+  sqlite3_value* pValue = sqlite3_column_value(statement.Handle.get(), static_cast<int>(lvColumn));
+  switch (sqlite3_value_type(pValue)) {
+    case SQLITE_NULL:
+      return Variant::Null();
+    case SQLITE_INTEGER:
+      return IntegerColumn(statement, lvColumn, pValue);
+    case SQLITE_FLOAT:
+      if (statement.Kinds[lvColumn]) {
+        RaiseHolds(statement, lvColumn, "a number of the wrong kind");
+      }
+      return sqlite3_value_double(pValue);
+    default:
+      return TextColumn(statement, lvColumn, pValue);
   }
-  const std::int64_t lNumber = sqlite3_column_int64(pStatement, lColumn);
-  if (kind == ColumnKind::Boolean) {
-    return lNumber != 0;
-  }
-  if (kind == ColumnKind::Currency) {
-    return Currency::FromScaled(lNumber);
-  }
-  return lNumber;
 }
 
 class EmbeddedCursor : public Cursor {
@@ -143,7 +154,7 @@ class EmbeddedCursor : public Cursor {
 
   bool IsOpen() const noexcept override { return m_oOwner != nullptr; }
 
-  const std::vector<std::string>& Columns() const override {
+  const std::shared_ptr<const ColumnNames>& Columns() const override {
     RequireOpen();
     return m_oStatement->Columns;
   }
@@ -204,34 +215,18 @@ EmbeddedSession::~EmbeddedSession() {
   }
 }
 
-void Bind(PooledSession& session, const Prepared& statement, const std::vector<Parameter>& parameters) {
-  int lPosition = 1;
-  for (const Parameter& parameter : parameters) {
-    int lResult = SQLITE_OK;
-    if (const auto* pNumber = std::get_if<std::int64_t>(&parameter)) {
-      lResult = sqlite3_bind_int64(statement.Handle.get(), lPosition, *pNumber);
-    } else if (const auto* pText = std::get_if<std::string>(&parameter)) {
-      lResult = sqlite3_bind_text64(statement.Handle.get(), lPosition, pText->data(), pText->size(),
-                                    SQLITE_TRANSIENT, SQLITE_UTF8);
-    } else {
-      lResult = sqlite3_bind_null(statement.Handle.get(), lPosition);
-    }
-    if (lResult != SQLITE_OK) {
-      throw session.Answer(lResult);
-    }
-    ++lPosition;
-  }
-}
-
 std::unique_ptr<Prepared> EmbeddedSession::Start(const Translation& translation) {
   std::unique_ptr<Prepared> statement = m_oSession->Prepare(translation);
-  Bind(*m_oSession, *statement, translation.Parameters);
+  int lPosition = 0;
+  for (const Parameter& parameter : translation.Parameters) {
+    m_oSession->Bind(*statement, ++lPosition, parameter);
+  }
   return statement;
 }
 
 std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
   std::unique_ptr<Prepared> statement = Start(Translate(zvSQL, m_oSession->Kinds()));
-  if (!statement->Columns.empty()) {
+  if (statement->Columns->Count() != 0) {
     return std::make_unique<EmbeddedCursor>(*this, std::move(statement));
   }
   const int lResult = sqlite3_step(statement->Handle.get());
@@ -248,12 +243,16 @@ Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
   std::unique_ptr<Prepared> statement = Start(translation);
   Keyset oKeyset;
   oKeyset.Table = translation.Table;
-  oKeyset.Columns.assign(statement->Columns.begin() + 1, statement->Columns.end());
+  std::vector<std::string> zColumns;
+  for (std::size_t i = 1; i < statement->Columns->Count(); ++i) {
+    zColumns.push_back((*statement->Columns)[i]);
+  }
+  oKeyset.Columns = std::make_shared<const ColumnNames>(std::move(zColumns));
   int lResult = 0;
   while ((lResult = sqlite3_step(statement->Handle.get())) == SQLITE_ROW) {
     Keyset::Row row;
     row.Key = sqlite3_column_int64(statement->Handle.get(), 0);
-    for (std::size_t i = 0; i < oKeyset.Columns.size(); ++i) {
+    for (std::size_t i = 0; i < oKeyset.Columns->Count(); ++i) {
       row.Read.push_back(ReadColumn(*statement, i + 1));
     }
     row.Changed = row.Read;
@@ -266,60 +265,6 @@ Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
   return oKeyset;
 }
 
-// The value in the kind of its column.
-Parameter ToParameter(const Variant& vvValue, std::optional<ColumnKind> kind) {
-  if (vvValue.IsNull()) {
-    return std::monostate();
-  }
-  switch (kind.value_or(ColumnKind::Text)) {
-    case ColumnKind::Integer:
-      return std::int64_t{vvValue.ToInteger()};
-    case ColumnKind::Boolean:
-      return std::int64_t{vvValue.ToBoolean() ? -1 : 0};
-    case ColumnKind::Currency:
-      return vvValue.ToCurrency().Scaled();
-    case ColumnKind::Date:
-      return vvValue.ToDate().ToStoreText();
-    default:
-      return vvValue.ToString();
-  }
-}
-
-void EmbeddedSession::WriteRow(const Keyset& oKeyset, const Keyset::Row& row) {
-  Translation translation;
-  std::vector<Parameter> conditions;
-  std::string zCondition;
-  for (std::size_t i = 0; i < oKeyset.Columns.size(); ++i) {
-    const std::string& zColumn = oKeyset.Columns[i];
-    const std::optional<ColumnKind> kind = m_oSession->Kinds()(zColumn);
-    if (row.Read[i] != row.Changed[i]) {
-      translation.Text += (translation.Text.empty() ? " set " : ", ") + zColumn + " = ?";
-      translation.Parameters.push_back(ToParameter(row.Changed[i], kind));
-    }
-    // Byte for byte: a change of letter case is a change.
-    zCondition += " and " + zColumn + " is ? collate binary";
-    conditions.push_back(ToParameter(row.Read[i], kind));
-  }
-  if (translation.Text.empty()) {
-    return;
-  }
-  translation.Text = "update " + oKeyset.Table + translation.Text + " where rowid = ?" + zCondition;
-  translation.Parameters.emplace_back(row.Key);
-  std::ranges::move(conditions, std::back_inserter(translation.Parameters));
-  std::unique_ptr<Prepared> statement = Start(translation);
-  const int lResult = sqlite3_step(statement->Handle.get());
-  if (lResult != SQLITE_DONE) {
-    throw m_oSession->Answer(lResult);
-  }
-  m_oSession->Keep(std::move(statement));
-  if (sqlite3_changes64(m_oSession->Database()) != 1) {
-    throw Failure(failure::kStoreRowChanged,
-                  "A row of " + oKeyset.Table + " in the order store " + m_oSession->Name() +
-                      " was changed or removed by another program since it was read. "
-                      "Load the lines again and repeat the change.");
-  }
-}
-
 void EmbeddedSession::WriteKeyset(const Keyset& oKeyset) {
   const bool bOwnTransaction = sqlite3_get_autocommit(m_oSession->Database()) != 0;
   if (bOwnTransaction) {
@@ -328,8 +273,9 @@ void EmbeddedSession::WriteKeyset(const Keyset& oKeyset) {
     m_oSession->Run("SAVEPOINT batch");
   }
   try {
+    KeysetWriter writer(*m_oSession, oKeyset);
     for (const Keyset::Row& row : oKeyset.Rows) {
-      WriteRow(oKeyset, row);
+      writer.Write(row);
     }
   } catch (...) {
     if (bOwnTransaction) {

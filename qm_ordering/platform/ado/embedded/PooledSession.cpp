@@ -10,7 +10,6 @@
 #include <new>
 #include <utility>
 
-#include "qm_ordering/platform/ado/ConnectionString.h"
 #include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 #include "qm_ordering/platform/ado/embedded/UnfinishedStore.h"
@@ -83,18 +82,6 @@ PooledSession::Enlisted::~Enlisted() {
     pLink = &(*pLink)->m_pNext;
   }
   *pLink = m_pNext;
-}
-
-std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
-  std::size_t lHash = 1469598103934665603U;
-  for (const char c : zvName) {
-    lHash = (lHash ^ static_cast<unsigned char>(LowerLetter(c))) * 1099511628211U;
-  }
-  return lHash;
-}
-
-bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept {
-  return SameName(zvLeft, zvRight);
 }
 
 PooledSession::PooledSession(const std::string& zvPath, Use use, const std::string& zvName)
@@ -317,6 +304,7 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
     statement->Text = translation.Text;
   }
   const int lColumns = sqlite3_column_count(pStatement);
+  std::vector<std::string> zColumns;
   for (int i = 0; i < lColumns; ++i) {
     const char* zName = sqlite3_column_name(pStatement, i);
     const char* zType = sqlite3_column_decltype(pStatement, i);
@@ -324,7 +312,7 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
     if (zName == nullptr) {
       throw OutOfMemory();
     }
-    statement->Columns.emplace_back(zName);
+    zColumns.emplace_back(zName);
     if (zType != nullptr) {
       statement->Kinds.push_back(KindOfDeclaredType(zType));
     } else if (translation.ResultKinds.size() == static_cast<std::size_t>(lColumns)) {
@@ -333,7 +321,23 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
       statement->Kinds.push_back(std::nullopt);
     }
   }
+  statement->Columns = std::make_shared<const ColumnNames>(std::move(zColumns));
   return statement;
+}
+
+void PooledSession::Bind(const Prepared& statement, int lvPosition, const Parameter& parameter) {
+  int lResult = SQLITE_OK;
+  if (const auto* pNumber = std::get_if<std::int64_t>(&parameter)) {
+    lResult = sqlite3_bind_int64(statement.Handle.get(), lvPosition, *pNumber);
+  } else if (const auto* pText = std::get_if<std::string>(&parameter)) {
+    lResult = sqlite3_bind_text64(statement.Handle.get(), lvPosition, pText->data(), pText->size(),
+                                  SQLITE_TRANSIENT, SQLITE_UTF8);
+  } else {
+    lResult = sqlite3_bind_null(statement.Handle.get(), lvPosition);
+  }
+  if (lResult != SQLITE_OK) {
+    throw Answer(lResult);
+  }
 }
 
 void PooledSession::Keep(std::unique_ptr<Prepared> statement) noexcept {

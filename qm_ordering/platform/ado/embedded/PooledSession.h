@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "qm_ordering/platform/ado/ColumnNames.h"
 #include "qm_ordering/platform/ado/embedded/Engine.h"
 #include "qm_ordering/platform/ado/embedded/Translator.h"
 
@@ -21,7 +22,7 @@ namespace qm_ordering::ado::embedded {
 struct Prepared {
   std::string Text;  // the key under which it is kept; empty for one that is not kept
   StatementHandle Handle;
-  std::vector<std::string> Columns;
+  std::shared_ptr<const ColumnNames> Columns;  // without any for what is not a query
   std::vector<std::optional<ColumnKind>> Kinds;
 };
 
@@ -60,6 +61,8 @@ class PooledSession {
 
   // A statement ready to be bound, from those kept or new. Requires the own process.
   std::unique_ptr<Prepared> Prepare(const Translation& translation);
+  // Gives its parameter at that position, from 1, the value.
+  void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter);
   // Takes a statement back.
   void Keep(std::unique_ptr<Prepared> statement) noexcept;
 
@@ -72,14 +75,6 @@ class PooledSession {
   void Rest() noexcept;
 
  private:
-  struct HashName {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view zvName) const noexcept;
-  };
-  struct EqualName {
-    using is_transparent = void;
-    bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
-  };
   using StatementList = std::list<std::unique_ptr<Prepared>>;
 
   // Among what this process has open for as long as it lives, also when the constructor fails.

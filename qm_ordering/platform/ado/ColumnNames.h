@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace qm_ordering::ado {
+
+// Keys by which names are found as SameName compares them.
+struct HashName {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view zvName) const noexcept;
+};
+struct EqualName {
+  using is_transparent = void;
+  bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
+};
+
+// The names of a query's columns, in its order.
+class ColumnNames {
+ public:
+  explicit ColumnNames(std::vector<std::string> zvNames);
+  ColumnNames(const ColumnNames&) = delete;
+  ColumnNames& operator=(const ColumnNames&) = delete;
+
+  std::size_t Count() const { return m_zNames.size(); }
+  const std::string& operator[](std::size_t lvColumn) const { return m_zNames[lvColumn]; }
+
+  // The position of the first column of that name, in any letter case. Raises kUnknownField.
+  std::size_t Find(std::string_view zvName) const;
+
+ private:
+  std::vector<std::string> m_zNames;
+  std::unordered_map<std::string_view, std::size_t, HashName, EqualName> m_oPositions;
+};
+
+}  // namespace qm_ordering::ado
