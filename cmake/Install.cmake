@@ -30,15 +30,17 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/QM_OrderingConfigVersion.
 install(FILES ${PROJECT_BINARY_DIR}/QM_OrderingConfig.cmake ${PROJECT_BINARY_DIR}/QM_OrderingConfigVersion.cmake
         DESTINATION ${CONFIG_FOLDER} COMPONENT development)
 
-# For pkg-config. The prefix is found from the place of the file, so that `cmake --install --prefix` may choose it.
-# Only who links the static library needs the libraries behind it.
-file(RELATIVE_PATH PC_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# For pkg-config. Only who links the static library needs the libraries behind it. The prefix is filled in by the
+# installation, which may choose another one.
+set(PC_PREFIX @CMAKE_INSTALL_PREFIX@)
 if(NOT BUILD_SHARED_LIBS)
   string(REPLACE ">=" " >= " MODULES "${QM_ORDERING_SQLITE}, ${QM_ORDERING_UTF8PROC}, ${QM_ORDERING_PUGIXML}")
   set(PC_PRIVATE "Requires.private: ${MODULES}\nLibs.private: -lstdc++ -pthread\n")
 endif()
-configure_file(cmake/qm_ordering.pc.in qm_ordering.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/qm_ordering.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+set(PC_FILE ${PROJECT_BINARY_DIR}/qm_ordering.pc)
+configure_file(cmake/qm_ordering.pc.in ${PC_FILE}.in @ONLY)
+install(CODE "configure_file(\"${PC_FILE}.in\" \"${PC_FILE}\" @ONLY)" COMPONENT development)
+install(FILES ${PC_FILE} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # Compresses a document; the same text gives the same file.
 function(qm_ordering_gzip SOURCE OUTPUT)

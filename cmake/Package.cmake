@@ -12,8 +12,11 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_OUTPUT_FILE_PREFIX packages)
 set(CPACK_PACKAGE_NAME qm-ordering)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGE_CONTACT "QM_Ordering developers <dev@example.org>")
 set(CPACK_STRIP_FILES ON)
+# The installation then sees the prefix that the packages have.
+set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
                                                 WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL library development tools)
@@ -25,29 +28,31 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 # A program needs exactly the version that it was built for: before version 1 any other may differ.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 
-set(WHAT_IT_IS
-    "QM_Ordering keeps the ordering data of a desktop product catalogue for the
+# The description's first line, what the package holds.
+function(qm_ordering_describe COMPONENT SECTION SUMMARY CONTENT)
+  set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_SECTION ${SECTION} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${COMPONENT}_DESCRIPTION
+      "ordering data of a product catalogue - ${SUMMARY}
+QM_Ordering keeps the ordering data of a desktop product catalogue for the
 program that shows the catalogue: the one order that the user is building,
-and the orders that were submitted, in one file that survives crashes.")
+and the orders that were submitted, in one file that survives crashes.
+
+${CONTENT}" PARENT_SCOPE)
+endfunction()
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${LIBRARY_PACKAGE})
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
-    "ordering data of a product catalogue - shared library\n${WHAT_IT_IS}\n\nThis package holds the shared library.")
-
+qm_ordering_describe(LIBRARY libs "shared library" "This package holds the shared library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqm-ordering-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${EXACT_LIBRARY}")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-    "ordering data of a product catalogue - development files\n${WHAT_IT_IS}\n
-This package holds the headers (C++20) and the files for CMake and pkg-config.")
-
+qm_ordering_describe(
+  DEVELOPMENT libdevel "development files"
+  "This package holds the headers (C++20) and the files for CMake and pkg-config.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qm-ordering)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${EXACT_LIBRARY}")
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-    "ordering data of a product catalogue - command-line program\n${WHAT_IT_IS}\n
-This package holds the program qm-ordering: it builds, checks and submits the
+qm_ordering_describe(
+  TOOLS utils "command-line program"
+  "This package holds the program qm-ordering: it builds, checks and submits the
 order, and makes, checks, backs up and restores the store.")
 
 # What Debian wants beside each package; not part of `cmake --install`.

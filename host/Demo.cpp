@@ -238,7 +238,8 @@ void AddDemo(CLI::App& app, Command& chosen) {
     chosen.Run = [options](Context& context) { return Run(context, *options); };
     chosen.MakesOwnSettings = true;
   });
-  AddText(demo, "--catalogue", options->CatalogueFile, "The catalogue, instead of the example that is installed")
+  AddText(demo, "--catalogue", options->CatalogueFile,
+          "The catalogue, instead of the example that is installed")
       ->type_name("FILE");
   demo.footer(
       "Works in a new temporary folder and touches nothing else. The folder stays, so that you can look "

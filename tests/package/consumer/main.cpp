@@ -1,4 +1,5 @@
-// A host outside of the library's tree: what it does crosses the library's boundary in every way that a host's does.
+// A host outside of the library's tree: what it does crosses the library's boundary in every way that a
+// host's does.
 
 #include <cstdint>
 #include <cstdlib>
