@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/Line.h"
+
+namespace bench {
+
+// The work that is compared, done by each program in its own way on a store of its own. Each call does what a
+// host would have done when its user acted: the same statements, in the same transactions, on disk when it
+// returns.
+class OrderProgram {
+ public:
+  virtual ~OrderProgram() = default;
+
+  // Looks whether the current order holds the item; adds the line or adds its quantity to the one that is
+  // there; brings the total up to date.
+  virtual void AddLine(const Line& line) = 0;
+  // Writes quantities and prices of these lines, all or none, then the total.
+  virtual void ChangeLines(const std::vector<Line>& lines) = 0;
+  // Writes the header, every text of it zvText, and keeps its values in the settings file as the defaults of
+  // the next order.
+  virtual void SaveSummary(const std::string& zvText) = 0;
+  // Reads the lines of the current order into memory, found by item number in any letter case, and checks
+  // their quantities against the packs. The lines stay until the next call. Answers how many.
+  virtual std::size_t LoadLines() = 0;
+  // Reads header and lines as a program does that shows the order, and lets go of them.
+  virtual void ShowOrder() = 0;
+  // The document of the order whose lines were loaded last.
+  virtual std::string Document() = 0;
+  // Removes the line again; not part of what is measured.
+  virtual void RemoveLine(const std::string& zvItemNumber) = 0;
+};
+
+// zvFolder holds Orders.mdb with one current order of number 1, and settings.ini that names the folder.
+std::unique_ptr<OrderProgram> LibraryProgram(const std::string& zvFolder);
+std::unique_ptr<OrderProgram> EngineProgram(const std::string& zvFolder);
+std::unique_ptr<OrderProgram> SqliteCppProgram(const std::string& zvFolder);
+std::unique_ptr<OrderProgram> SociProgram(const std::string& zvFolder);
+
+}  // namespace bench

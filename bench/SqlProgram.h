@@ -1,0 +1,273 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/OrderProgram.h"
+#include "bench/PlainOrder.h"
+#include "bench/SettingsFile.h"
+#include "bench/Statements.h"
+
+namespace bench {
+
+// The program over statements that are prepared once on one held connection. Driver is how it talks to the
+// engine: Driver::Database runs scripts, Driver::Statement binds from 1, steps, reads columns from 0 and
+// resets.
+template <typename Driver>
+class SqlProgram : public OrderProgram {
+ public:
+  explicit SqlProgram(const std::string& zvFolder)
+      : m_zSettings(zvFolder + "/settings.ini"), m_oDatabase(zvFolder + "/Orders.mdb") {}
+
+  void AddLine(const Line& line) override {
+    m_oCount.Bind(1, line.ItemNumber);
+    m_oCount.Bind(2, kOrder);
+    m_oCount.Step();
+    const bool bThere = m_oCount.Integer(0) != 0;
+    m_oCount.Reset();
+    if (bThere) {
+      Merge(line);
+      m_lTotal = ReadTotal();
+    } else {
+      Insert(line);
+      UpdateTotal();
+      m_lTotal += line.ExtendedPrice;
+    }
+  }
+
+  // Adds lines that are not there, in one transaction, to have an order to measure with.
+  void Fill(const std::vector<Line>& lines) {
+    m_oDatabase.Run("begin");
+    for (const Line& line : lines) {
+      Insert(line);
+    }
+    m_oDatabase.Run("commit");
+    UpdateTotal();
+  }
+
+  void ChangeLines(const std::vector<Line>& lines) override {
+    Statement& read = LinesToChange(lines.size());
+    int lPosition = 1;
+    read.Bind(lPosition, kOrder);
+    std::map<std::string, const Line*> wanted;
+    for (const Line& line : lines) {
+      read.Bind(++lPosition, line.ItemNumber);
+      wanted[line.ItemNumber] = &line;
+    }
+    std::vector<Stored> stored;
+    while (read.Step()) {
+      stored.push_back({read.Integer(0), read.Text(1), read.Integer(2), read.Integer(3), read.Integer(4),
+                        read.Integer(5), read.Integer(6)});
+    }
+    read.Reset();
+    Run(m_oBegin);
+    for (const Stored& row : stored) {
+      Change(row, *wanted.at(row.ItemNumber));
+    }
+    Run(m_oCommit);
+    UpdateTotal();
+    m_lTotal = ReadTotal();
+  }
+
+  void SaveSummary(const std::string& zvText) override {
+    int lPosition = 0;
+    for (const HeaderColumn& column : kHeaderColumns) {
+      ++lPosition;
+      if (column.IsText) {
+        m_oWriteHeader.Bind(lPosition, zvText);
+      } else {
+        m_oWriteHeader.Bind(lPosition, column.Name == std::string("cTotalPrice") ? m_lTotal : 0);
+      }
+    }
+    m_oWriteHeader.Bind(lPosition + 1, kOrder);
+    Run(m_oWriteHeader);
+    KeepDefaults(m_zSettings, zvText);
+  }
+
+  std::size_t LoadLines() override {
+    m_oOrder.Clear();
+    return ReadLines(m_oOrder);
+  }
+
+  void ShowOrder() override {
+    PlainOrder order;
+    m_oReadHeader.Step();
+    for (int i = 0; i < m_oReadHeader.Columns(); ++i) {
+      if (m_oReadHeader.IsText(i)) {
+        order.HeaderTexts.push_back(m_oReadHeader.Text(i));
+      } else {
+        order.HeaderNumbers.push_back(m_oReadHeader.Integer(i));
+      }
+    }
+    m_oReadHeader.Reset();
+    ReadLines(order);
+  }
+
+  std::string Document() override { return m_oOrder.Document(); }
+
+  void RemoveLine(const std::string& zvItemNumber) override {
+    m_oRemove.Bind(1, kOrder);
+    m_oRemove.Bind(2, zvItemNumber);
+    Run(m_oRemove);
+    UpdateTotal();
+    m_lTotal = ReadTotal();
+  }
+
+ private:
+  using Statement = typename Driver::Statement;
+
+  static constexpr std::int64_t kOrder = 1;
+
+  struct Stored {
+    std::int64_t Row;
+    std::string ItemNumber;
+    std::int64_t Quantity, Price, ExtendedPrice, IsPriceModified, IsTaxable;
+  };
+
+  static void Run(Statement& statement) {
+    statement.Step();
+    statement.Reset();
+  }
+
+  void Insert(const Line& line) {
+    int lPosition = 0;
+    const auto bind = [&](const auto& value) { m_oInsert.Bind(++lPosition, value); };
+    bind(kOrder);
+    bind(line.ItemNumber);
+    bind(line.Quantity);
+    bind(line.Description);
+    bind(line.ShortDescription);
+    bind(line.Manufacturer);
+    bind(line.Model);
+    bind(line.SellQuantity);
+    bind(line.ShipQuantity);
+    bind(line.UsuallyShips);
+    bind(line.UsuallyShipsSortOrder);
+    bind(Flag(line.IsTaxable));
+    bind(line.Price);
+    bind(line.ExtendedPrice);
+    bind(Flag(line.IsPriceModified));
+    bind(line.CustomerPartNumber);
+    bind(line.CustomerNotes);
+    bind(Flag(line.HasNotes));
+    bind(Flag(line.HasPartsInfo));
+    Run(m_oInsert);
+  }
+
+  void Merge(const Line& line) {
+    Run(m_oBegin);
+    m_oReadQuantity.Bind(1, line.ItemNumber);
+    m_oReadQuantity.Bind(2, kOrder);
+    m_oReadQuantity.Step();
+    const std::int64_t lQuantity = m_oReadQuantity.Integer(0) + line.Quantity;
+    m_oReadQuantity.Reset();
+    m_oMerge.Bind(1, lQuantity);
+    m_oMerge.Bind(2, line.Price);
+    m_oMerge.Bind(3, line.Price * lQuantity);
+    m_oMerge.Bind(4, kOrder);
+    m_oMerge.Bind(5, line.ItemNumber);
+    Run(m_oMerge);
+    Run(m_oCommit);
+    UpdateTotal();
+  }
+
+  void Change(const Stored& row, const Line& line) {
+    m_oChange.Bind(1, line.Quantity);
+    m_oChange.Bind(2, line.Price);
+    m_oChange.Bind(3, line.ExtendedPrice);
+    m_oChange.Bind(4, Flag(line.IsPriceModified));
+    m_oChange.Bind(5, Flag(line.IsTaxable));
+    m_oChange.Bind(6, row.Row);
+    m_oChange.Bind(7, row.Quantity);
+    m_oChange.Bind(8, row.Price);
+    m_oChange.Bind(9, row.ExtendedPrice);
+    m_oChange.Bind(10, row.IsPriceModified);
+    m_oChange.Bind(11, row.IsTaxable);
+    Run(m_oChange);
+  }
+
+  void UpdateTotal() {
+    Run(m_oBegin);
+    m_oSum.Bind(1, kOrder);
+    m_oSum.Step();
+    const std::int64_t lTotal = m_oSum.Integer(0);
+    m_oSum.Reset();
+    m_oWriteTotal.Bind(1, lTotal);
+    m_oWriteTotal.Bind(2, kOrder);
+    Run(m_oWriteTotal);
+    Run(m_oCommit);
+  }
+
+  std::int64_t ReadTotal() {
+    m_oReadTotal.Bind(1, kOrder);
+    m_oReadTotal.Step();
+    const std::int64_t lTotal = m_oReadTotal.Integer(0);
+    m_oReadTotal.Reset();
+    return lTotal;
+  }
+
+  std::size_t ReadLines(PlainOrder& orOrder) {
+    while (m_oReadLines.Step()) {
+      Line line;
+      line.Entered = m_oReadLines.Integer(0);
+      line.OrderID = m_oReadLines.Integer(1);
+      line.ItemNumber = m_oReadLines.Text(2);
+      line.Quantity = m_oReadLines.Integer(3);
+      line.Description = m_oReadLines.Text(4);
+      line.ShortDescription = m_oReadLines.Text(5);
+      line.Manufacturer = m_oReadLines.Text(6);
+      line.Model = m_oReadLines.Text(7);
+      line.SellQuantity = m_oReadLines.Integer(8);
+      line.ShipQuantity = m_oReadLines.Integer(9);
+      line.UsuallyShips = m_oReadLines.Text(10);
+      line.IsTaxable = m_oReadLines.Integer(12) != 0;
+      line.Price = m_oReadLines.Integer(13);
+      line.ExtendedPrice = m_oReadLines.Integer(14);
+      line.IsPriceModified = m_oReadLines.Integer(15) != 0;
+      line.CustomerPartNumber = m_oReadLines.Text(16);
+      line.CustomerNotes = m_oReadLines.Text(17);
+      line.HasNotes = m_oReadLines.Integer(18) != 0;
+      line.HasPartsInfo = m_oReadLines.Integer(19) != 0;
+      line.HasContractItem = m_oReadLines.Integer(20) != 0;
+      line.Imported = m_oReadLines.Integer(21) != 0;
+      orOrder.Add(std::move(line));
+    }
+    m_oReadLines.Reset();
+    return orOrder.Lines().size();
+  }
+
+  Statement& LinesToChange(std::size_t lvLines) {
+    auto& oRead = m_oLinesToChange[lvLines];
+    if (oRead == nullptr) {
+      oRead = std::make_unique<Statement>(m_oDatabase, ReadLinesToChange(lvLines));
+    }
+    return *oRead;
+  }
+
+  static std::int64_t Flag(bool bvFlag) { return bvFlag ? -1 : 0; }
+
+  std::string m_zSettings;
+  typename Driver::Database m_oDatabase;
+  Statement m_oBegin{m_oDatabase, "begin immediate"};
+  Statement m_oCommit{m_oDatabase, "commit"};
+  Statement m_oCount{m_oDatabase, kCountLine};
+  Statement m_oInsert{m_oDatabase, kInsertLine};
+  Statement m_oReadQuantity{m_oDatabase, kReadQuantity};
+  Statement m_oMerge{m_oDatabase, kMergeLine};
+  Statement m_oChange{m_oDatabase, kChangeLine};
+  Statement m_oSum{m_oDatabase, kSumLines};
+  Statement m_oWriteTotal{m_oDatabase, kWriteTotal};
+  Statement m_oReadTotal{m_oDatabase, kReadTotal};
+  Statement m_oWriteHeader{m_oDatabase, WriteHeader()};
+  Statement m_oReadHeader{m_oDatabase, kReadHeader};
+  Statement m_oReadLines{m_oDatabase, kReadLines};
+  Statement m_oRemove{m_oDatabase, kRemoveLine};
+  std::map<std::size_t, std::unique_ptr<Statement>> m_oLinesToChange;
+  PlainOrder m_oOrder;
+  std::int64_t m_lTotal = 0;
+};
+
+}  // namespace bench

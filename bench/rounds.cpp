@@ -1,0 +1,66 @@
+// One work of one program, some rounds of it: to be looked at with a profiler, or counted with callgrind.
+//
+//   bench_rounds make FOLDER LINES
+//   bench_rounds run FOLDER LINES PROGRAM WORK ROUNDS
+#include <cstring>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "bench/BenchStore.h"
+#include "bench/Works.h"
+
+namespace bench {
+
+namespace {
+
+const Contestant& ContestantOf(const std::string& zvName) {
+  for (const Contestant& contestant : kContestants) {
+    if (contestant.Name == zvName) {
+      return contestant;
+    }
+  }
+  throw std::runtime_error("There is no program " + zvName + ".");
+}
+
+const Work& WorkOf(const std::string& zvName) {
+  for (const Work& work : Works()) {
+    if (work.Name == zvName) {
+      return work;
+    }
+  }
+  throw std::runtime_error("There is no work " + zvName + ".");
+}
+
+int Run(const std::vector<std::string>& zvArguments) {
+  if (zvArguments.size() == 3 && zvArguments[0] == "make") {
+    MakeStore(zvArguments[1], MakeLines(0, std::stoi(zvArguments[2])));
+    return 0;
+  }
+  if (zvArguments.size() != 6 || zvArguments[0] != "run") {
+    std::cerr << "bench_rounds make FOLDER LINES | run FOLDER LINES PROGRAM WORK ROUNDS\n";
+    return 2;
+  }
+  const std::int32_t lLines = std::stoi(zvArguments[2]);
+  const auto oProgram = ContestantOf(zvArguments[3]).Make(zvArguments[1]);
+  const Work& work = WorkOf(zvArguments[4]);
+  if (work.IsOfOrderAlone) {
+    oProgram->LoadLines();
+  }
+  for (int i = 0; i < std::stoi(zvArguments[5]); ++i) {
+    work.Measured(*oProgram, lLines);
+    work.After(*oProgram, lLines);
+  }
+  return 0;
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int lvArguments, char** zvArguments) try {
+  return bench::Run({zvArguments + 1, zvArguments + lvArguments});
+} catch (const std::exception& error) {
+  std::cerr << error.what() << "\n";
+  return 1;
+}

@@ -1,0 +1,193 @@
+// The library beside a hand-written program over the same engine and beside what a user would pick instead,
+// all doing the same work on stores of their own, in one run.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+
+#include "bench/BenchStore.h"
+#include "bench/Comparison.h"
+#include "bench/OrderProgram.h"
+#include "bench/Works.h"
+
+namespace bench {
+
+namespace {
+
+// The folder of all stores of the run; it goes with them at the end.
+class Ground {
+ public:
+  explicit Ground(const std::string& zvParent) : m_zFolder(zvParent + "/qm_ordering_bench.XXXXXX") {
+    if (mkdtemp(m_zFolder.data()) == nullptr) {
+      throw std::runtime_error("No folder can be made in " + zvParent +
+                               "; name another one with --folder=DIR.");
+    }
+  }
+  ~Ground() {
+    m_oPrograms.clear();
+    std::filesystem::remove_all(m_zFolder);
+  }
+  Ground(const Ground&) = delete;
+  Ground& operator=(const Ground&) = delete;
+
+  // The program on its store with that many lines, both made when they are first asked for.
+  OrderProgram& Program(const Contestant& contestant, std::int32_t lvLines) {
+    auto& oProgram = m_oPrograms[{contestant.Name, lvLines}];
+    if (oProgram == nullptr) {
+      oProgram = contestant.Make(Store(contestant, lvLines));
+      oProgram->LoadLines();
+    }
+    return *oProgram;
+  }
+
+  std::string Store(const Contestant& contestant, std::int32_t lvLines) {
+    const std::string zStore = m_zFolder + "/" + contestant.Name + std::to_string(lvLines);
+    if (!std::filesystem::exists(zStore)) {
+      MakeStore(zStore, MakeLines(0, lvLines));
+    }
+    return zStore;
+  }
+
+ private:
+  std::string m_zFolder;
+  std::map<std::pair<std::string, std::int32_t>, std::unique_ptr<OrderProgram>> m_oPrograms;
+};
+
+using Clock = std::chrono::steady_clock;
+
+void Measure(benchmark::State& state, OrderProgram& program, const Work& work, std::int32_t lvLines) {
+  // Caches warm, whatever ran before.
+  work.Measured(program, lvLines);
+  work.After(program, lvLines);
+  for ([[maybe_unused]] const auto& unused : state) {
+    const auto start = Clock::now();
+    work.Measured(program, lvLines);
+    state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+    work.After(program, lvLines);
+  }
+}
+
+void Register(Ground& ground, const std::vector<Work>& works) {
+  for (const Work& work : works) {
+    for (const std::int32_t lLines : work.Sizes) {
+      for (const Contestant& contestant : kContestants) {
+        if (work.IsOfOrderAlone && contestant.IsLikeHandWritten) {
+          continue;
+        }
+        const std::string zName =
+            std::string(work.Name) + "/" + std::to_string(lLines) + "/" + contestant.Name;
+        benchmark::RegisterBenchmark(zName.c_str(),
+                                     [&ground, &work, &contestant, lLines](benchmark::State& state) {
+                                       Measure(state, ground.Program(contestant, lLines), work, lLines);
+                                     })
+            ->UseManualTime()
+            ->Iterations(
+                std::max<std::int64_t>(1, lLines <= 1'000 ? work.Rounds : work.Rounds * 1'000 / lLines));
+      }
+    }
+  }
+}
+
+// The time that a program of its own takes from its start to its end.
+double RunOf(const std::string& zvProgram, const std::string& zvFolder) {
+  const std::string zSettings = "QK_COMMON_SETTINGS=" + zvFolder + "/settings.ini";
+  char* zArguments[] = {const_cast<char*>(zvProgram.c_str()), const_cast<char*>(zvFolder.c_str()), nullptr};
+  char* zEnvironment[] = {const_cast<char*>(zSettings.c_str()), nullptr};
+  const auto start = Clock::now();
+  pid_t lChild = 0;
+  int lStatus = 0;
+  if (posix_spawn(&lChild, zvProgram.c_str(), nullptr, nullptr, zArguments, zEnvironment) != 0 ||
+      waitpid(lChild, &lStatus, 0) != lChild || lStatus != 0) {
+    throw std::runtime_error("The program " + zvProgram + " cannot be run.");
+  }
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void CompareStarts(Ground& ground) {
+  const std::string zPrograms = std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+  std::map<std::string, std::vector<double>> dTimes;
+  for (int i = 0; i < 41; ++i) {
+    for (const char* zName : {"start_empty", "start_library"}) {
+      dTimes[zName].push_back(RunOf(zPrograms + "/" + zName, ground.Store(kContestants[1], 10)));
+    }
+  }
+  const auto dMedian = [&](const char* zName) {
+    std::vector<double>& dOf = dTimes[zName];
+    std::sort(dOf.begin(), dOf.end());
+    return dOf[dOf.size() / 2] * 1e3;
+  };
+  std::cout << "\nA program that creates a CurrentOrder, loads its 10 lines and ends: "
+            << dMedian("start_library") << " ms; an empty one: " << dMedian("start_empty") << " ms.\n";
+}
+
+std::size_t BytesInUse() {
+  return mallinfo2().uordblks + mallinfo2().hblkhd;
+}
+
+void CompareMemory(Ground& ground) {
+  for (const std::int32_t lLines : {1'000, 10'000, 100'000}) {
+    std::cout << "Memory of a loaded line, of " << lLines << " lines:";
+    for (const Contestant& contestant : {kContestants[0], kContestants[1]}) {
+      const auto oProgram = contestant.Make(ground.Store(contestant, lLines));
+      oProgram->ShowOrder();
+      const std::size_t lBefore = BytesInUse();
+      oProgram->LoadLines();
+      std::cout << " " << contestant.Name << " "
+                << (BytesInUse() - lBefore) / static_cast<std::size_t>(lLines) << " bytes";
+    }
+    std::cout << "\n";
+  }
+}
+
+int Run(int lvArguments, char** zvArguments) {
+  const char* zTemporary = std::getenv("TMPDIR");
+  std::string zFolder = zTemporary == nullptr ? "/tmp" : zTemporary;
+  constexpr std::string_view kFolder = "--folder=";
+  std::vector<char*> zRest;
+  for (int i = 0; i < lvArguments; ++i) {
+    const std::string_view zArgument = zvArguments[i];
+    if (zArgument.starts_with(kFolder)) {
+      zFolder = zArgument.substr(kFolder.size());
+    } else {
+      zRest.push_back(zvArguments[i]);
+    }
+  }
+  auto lRest = static_cast<int>(zRest.size());
+  benchmark::Initialize(&lRest, zRest.data());
+  if (benchmark::ReportUnrecognizedArguments(lRest, zRest.data())) {
+    return 2;
+  }
+  const std::vector<Work> works = Works();
+  Ground ground(zFolder);
+  Register(ground, works);
+  std::vector<std::string> zPrograms;
+  for (const Contestant& contestant : kContestants) {
+    zPrograms.emplace_back(contestant.Name);
+  }
+  Comparison comparison(zPrograms);
+  benchmark::RunSpecifiedBenchmarks(&comparison);
+  if (comparison.HasFailed()) {
+    return 1;
+  }
+  CompareStarts(ground);
+  CompareMemory(ground);
+  return 0;
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int lvArguments, char** zvArguments) try {
+  return bench::Run(lvArguments, zvArguments);
+} catch (const std::exception& error) {
+  std::cerr << error.what() << "\n";
+  return 1;
+}
