@@ -63,7 +63,7 @@ std::string ExampleCatalogue() {
 }
 
 std::string CatalogueFile(const DemoOptions& options) {
-  const std::string zFile = options.CatalogueFile.empty() ? ExampleCatalogue() : options.CatalogueFile;
+  std::string zFile = options.CatalogueFile.empty() ? ExampleCatalogue() : options.CatalogueFile;
   if (!std::filesystem::exists(zFile)) {
     throw UsageError("The example catalogue " + zFile +
                      " is not there. Give the place of catalogue.csv with --catalogue FILE.");
@@ -85,7 +85,7 @@ void MakeStore(Context& context, const std::string& zvFolder) {
 
 void FillOrder(Context& context, CurrentOrder& order, const Catalogue& catalogue) {
   Heading(context, "2. An order from a catalogue",
-          "order add --catalogue examples/catalogue.csv HT-1010 2 FX-2040 130 ...");
+          "order add --catalogue catalogue.csv HT-1010 2 FX-2040 130 ...");
   for (const auto& [zNumber, lQuantity] : kLines) {
     const auto oItem = catalogue.Find(zNumber);
     oItem->Quantity(lQuantity);
