@@ -93,6 +93,7 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
       ->type_name("FILE");
   bool bJson = false;
   const CLI::Option* oJson = app.add_flag("--json", bJson, "Data and messages as JSON");
+  app.set_version_flag("--version", "qm-ordering " QM_ORDERING_VERSION "\n", "Print the version and exit");
   AddStoreCommands(app, chosen);
   AddSettingsCommands(app, chosen);
   AddOrderCommands(app, chosen);
@@ -102,6 +103,10 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
     app.parse(Arguments(lvCount, zvArguments));
   } catch (const CLI::CallForHelp&) {
     context.Out.Text(app.help());
+    lrExitCode = kGood;
+    return false;
+  } catch (const CLI::CallForVersion& version) {
+    context.Out.Text(version.what());
     lrExitCode = kGood;
     return false;
   } catch (const CLI::ParseError& error) {

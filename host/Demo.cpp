@@ -27,10 +27,8 @@ namespace {
 
 using namespace qm_ordering;
 
-constexpr const char* kExampleCatalogue = QM_ORDERING_EXAMPLES_DIR "/catalogue.csv";
-
 struct DemoOptions {
-  std::string CatalogueFile = kExampleCatalogue;
+  std::string CatalogueFile;  // empty: the example that was installed with the program
 };
 
 // What the order is made of. The item that comes in packs is asked for in a number that is none of them.
@@ -57,12 +55,20 @@ std::string MakeFolder() {
   return zFolder;
 }
 
+// It is found from the place of the program, so that an installation can be anywhere.
+std::string ExampleCatalogue() {
+  std::error_code unknown;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  return (program.parent_path() / QM_ORDERING_DATA_DIR / "catalogue.csv").lexically_normal().string();
+}
+
 std::string CatalogueFile(const DemoOptions& options) {
-  if (!std::filesystem::exists(options.CatalogueFile)) {
-    throw UsageError("The example catalogue " + options.CatalogueFile +
-                     " is not there. Give the place of examples/catalogue.csv with --catalogue FILE.");
+  std::string zFile = options.CatalogueFile.empty() ? ExampleCatalogue() : options.CatalogueFile;
+  if (!std::filesystem::exists(zFile)) {
+    throw UsageError("The example catalogue " + zFile +
+                     " is not there. Give the place of catalogue.csv with --catalogue FILE.");
   }
-  return options.CatalogueFile;
+  return zFile;
 }
 
 // A store and a settings file of the demonstration's own. This comes before the first object of the library,
@@ -79,7 +85,7 @@ void MakeStore(Context& context, const std::string& zvFolder) {
 
 void FillOrder(Context& context, CurrentOrder& order, const Catalogue& catalogue) {
   Heading(context, "2. An order from a catalogue",
-          "order add --catalogue examples/catalogue.csv HT-1010 2 FX-2040 130 ...");
+          "order add --catalogue catalogue.csv HT-1010 2 FX-2040 130 ...");
   for (const auto& [zNumber, lQuantity] : kLines) {
     const auto oItem = catalogue.Find(zNumber);
     oItem->Quantity(lQuantity);
@@ -232,7 +238,9 @@ void AddDemo(CLI::App& app, Command& chosen) {
     chosen.Run = [options](Context& context) { return Run(context, *options); };
     chosen.MakesOwnSettings = true;
   });
-  AddText(demo, "--catalogue", options->CatalogueFile, "Where examples/catalogue.csv is")->type_name("FILE");
+  AddText(demo, "--catalogue", options->CatalogueFile,
+          "The catalogue, instead of the example that is installed")
+      ->type_name("FILE");
   demo.footer(
       "Works in a new temporary folder and touches nothing else. The folder stays, so that you can look "
       "at\n"

@@ -1,6 +1,5 @@
 #pragma once
 
-// Everything that a host uses.
 #include "qm_ordering/foundation/ErrorInfo.h"
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
@@ -22,3 +21,6 @@
 #include "qm_ordering/platform/value/Variant.h"
 #include "qm_ordering/registry/CreateObject.h"
 #include "qm_ordering/store/OrderStore.h"
+
+// Everything that a host uses.
+namespace qm_ordering {}

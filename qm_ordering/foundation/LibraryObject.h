@@ -9,6 +9,7 @@ namespace qm_ordering {
 // fails then raises its failure out of the constructor, and the next object tries again.
 class QM_ORDERING_API LibraryObject : public Object {
  protected:
+  // Runs the start-up of this thread when it has not run yet.
   LibraryObject();
 };
 

@@ -2,10 +2,9 @@
 
 #include <array>
 
-namespace qm_ordering::UserSettingConstants {
-
 // The keys that the library and its host share, each constant named as its key. Odd spellings (a zero in
 // PH0NE, ACCOUN, INFOMATION) are part of the keys.
+namespace qm_ordering::UserSettingConstants {
 
 // Where the library finds and puts its files.
 inline constexpr const char* ORDERINGDATABASEPATH = "OrderingDatabasePath";

@@ -22,6 +22,7 @@ class QM_ORDERING_API CurrentOrder : public LibraryObject {
 
   const char* ClassName() const noexcept override { return "CurrentOrder"; }
 
+  // The record of the last member that copies it; number 0 for no error.
   ErrorInfo Error() const { return m_oError; }
   // The order behind this object; one and the same for its life.
   std::shared_ptr<qm_ordering::OrderDetails> OrderDetails() const { return m_oOrder; }
@@ -31,25 +32,32 @@ class QM_ORDERING_API CurrentOrder : public LibraryObject {
   // Reads the current order's lines and checks their quantities. Raises 11 for a line with a pack size of 0.
   void LoadItems(std::int32_t lvSortOrder);
 
-  // Copies the record.
+  // Adds an item, or more of the one that is there. Copies the record.
   void AddItem(const std::shared_ptr<OrderItem>& ovOrderItem);
+  // Writes the given items into the stored lines, and removes those of quantity 0. The record stays.
   void UpdateItems(const std::shared_ptr<OrderItems>& ovOrderItems);
+  // Removes a stored line. The record stays.
   void RemoveItem(const std::string& zvItemNumber);
+  // Removes all stored lines. The record stays.
   void ClearItems();
+  // The number of stored lines; 0 when it cannot be read.
   std::int32_t ItemCount();
+  // Whether the collection of lines holds an item under this number.
   bool ItemExists(const std::string& zvItemNumber) const;
 
-  // Copies the record.
+  // Writes the header to the store and its values into the order defaults. Copies the record.
   void SaveSummary();
-  // Copies the record.
+  // Writes the purchase-order number alone. Copies the record.
   void SavePONumber();
-  // Copies the record. This object goes on naming the submitted order until LoadSummary and LoadItems.
+  // Submits the order. Copies the record. This object goes on naming the submitted order until LoadSummary
+  // and LoadItems.
   void SaveToHistory();
 
-  // Then loads the summary again. The record tells how that loading went; a failure to apply shows in
-  // LastFailure alone.
+  // Writes contact and account values into every order, then loads the summary again. The record tells how
+  // that loading went; a failure to apply shows in LastFailure alone.
   void ApplyRegistrationSettings();
 
+  // The order as one "order" document.
   std::string GetXML() const;
 
  private:

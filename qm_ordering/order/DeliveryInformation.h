@@ -16,38 +16,46 @@ class QM_ORDERING_API DeliveryInformation : public LibraryObject {
   // 0: collected at a branch (the four Call fields apply); any other value: delivered to the address
   std::int32_t DeliveryMethod() const { return m_lDeliveryMethod; }
   void DeliveryMethod(std::int32_t lvDeliveryMethod) { m_lDeliveryMethod = lvDeliveryMethod; }
+  // the recipient's first name
   const std::string& FirstName() const { return m_zFirstName; }
   void FirstName(const std::string& zvFirstName) { m_zFirstName = zvFirstName; }
+  // the recipient's last name
   const std::string& LastName() const { return m_zLastName; }
   void LastName(const std::string& zvLastName) { m_zLastName = zvLastName; }
+  // the recipient's company
   const std::string& CompanyName() const { return m_zCompanyName; }
   void CompanyName(const std::string& zvCompanyName) { m_zCompanyName = zvCompanyName; }
+  // first line of the delivery address
   const std::string& Address1() const { return m_zAddress1; }
   void Address1(const std::string& zvAddress1) { m_zAddress1 = zvAddress1; }
-  // optional
+  // second line of the address; optional
   const std::string& Address2() const { return m_zAddress2; }
   void Address2(const std::string& zvAddress2) { m_zAddress2 = zvAddress2; }
+  // town of the delivery address
   const std::string& City() const { return m_zCity; }
   void City(const std::string& zvCity) { m_zCity = zvCity; }
-  // a listed state
+  // state of the address, one of those that the host lists
   const std::string& State() const { return m_zState; }
   void State(const std::string& zvState) { m_zState = zvState; }
   // state, province or region written out, where State is not used
   const std::string& StateOr() const { return m_zStateOr; }
   void StateOr(const std::string& zvStateOr) { m_zStateOr = zvStateOr; }
+  // ZIP or post code of the delivery address
   const std::string& ZipOrPostCode() const { return m_zZipOrPostCode; }
   void ZipOrPostCode(const std::string& zvZipOrPostCode) { m_zZipOrPostCode = zvZipOrPostCode; }
+  // country of the delivery address, free text
   const std::string& Country() const { return m_zCountry; }
   void Country(const std::string& zvCountry) { m_zCountry = zvCountry; }
+  // the recipient's telephone
   const std::string& PhoneNumber() const { return m_zPhoneNumber; }
   void PhoneNumber(const std::string& zvPhoneNumber) { m_zPhoneNumber = zvPhoneNumber; }
-  // optional
+  // extension of the telephone; optional
   const std::string& PhoneExt() const { return m_zPhoneExt; }
   void PhoneExt(const std::string& zvPhoneExt) { m_zPhoneExt = zvPhoneExt; }
-  // optional
+  // fax number; optional
   const std::string& Fax() const { return m_zFax; }
   void Fax(const std::string& zvFax) { m_zFax = zvFax; }
-  // optional
+  // notes for the delivery; optional
   const std::string& Notes() const { return m_zNotes; }
   void Notes(const std::string& zvNotes) { m_zNotes = zvNotes; }
   // 0 to 9, see ShippingMethodName
@@ -59,9 +67,10 @@ class QM_ORDERING_API DeliveryInformation : public LibraryObject {
   // person at the branch
   const std::string& CallAttention() const { return m_zCallAttention; }
   void CallAttention(const std::string& zvCallAttention) { m_zCallAttention = zvCallAttention; }
+  // telephone for the collection at the branch
   const std::string& CallPhoneNumber() const { return m_zCallPhoneNumber; }
   void CallPhoneNumber(const std::string& zvCallPhoneNumber) { m_zCallPhoneNumber = zvCallPhoneNumber; }
-  // optional
+  // extension of that telephone; optional
   const std::string& CallPhoneExt() const { return m_zCallPhoneExt; }
   void CallPhoneExt(const std::string& zvCallPhoneExt) { m_zCallPhoneExt = zvCallPhoneExt; }
 

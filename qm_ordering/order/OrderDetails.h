@@ -49,17 +49,21 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // The zero date for an order that is not submitted.
   Date SubmitDate() const { return m_datSubmitDate; }
   void SubmitDate(const Date& datvSubmitDate) { m_datSubmitDate = datvSubmitDate; }
+  // Whether this is the order that the user is building. False before a LoadSummary.
   bool IsCurrentOrder() const { return m_bIsCurrentOrder; }
+  // The purchaser's own number for the order, free text.
   const std::string& PurchaseOrderNumber() const { return m_zPurchaseOrderNumber; }
   void PurchaseOrderNumber(const std::string& zvPurchaseOrderNumber) {
     m_zPurchaseOrderNumber = zvPurchaseOrderNumber;
   }
 
-  // Null until the first LoadSummary, the same objects from then on.
+  // What the purchaser's organisation needs. Null until the first LoadSummary, the same object from then on.
   std::shared_ptr<qm_ordering::OrderInformation> OrderInformation() const { return m_oOrderInformation; }
+  // How the order is paid. Null until the first LoadSummary, the same object from then on.
   std::shared_ptr<qm_ordering::PaymentInformation> PaymentInformation() const {
     return m_oPaymentInformation;
   }
+  // How the order reaches the purchaser. Null until the first LoadSummary, the same object from then on.
   std::shared_ptr<qm_ordering::DeliveryInformation> DeliveryInformation() const {
     return m_oDeliveryInformation;
   }
@@ -67,6 +71,7 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   // The lines; empty until LoadItems or AddItem. LoadItems puts a new collection in its place.
   std::shared_ptr<qm_ordering::OrderItems> OrderItems() const { return m_oOrderItems; }
 
+  // The record of the last member that sets it; number 0 for no error.
   ErrorInfo Error() const { return m_oError; }
 
   // Whether the last LoadItems that validated met a quantity that is not a whole number of packs.

@@ -25,16 +25,22 @@ class QM_ORDERING_API OrderInformation : public LibraryObject {
   void RequisitionOrApprovalName(const std::string& zvRequisitionOrApprovalName) {
     m_zRequisitionOrApprovalName = zvRequisitionOrApprovalName;
   }
+  // department that orders
   const std::string& Department() const { return m_zDepartment; }
   void Department(const std::string& zvDepartment) { m_zDepartment = zvDepartment; }
+  // person to whom the order is addressed
   const std::string& Attention() const { return m_zAttention; }
   void Attention(const std::string& zvAttention) { m_zAttention = zvAttention; }
+  // the purchaser's telephone
   const std::string& PhoneNumber() const { return m_zPhoneNumber; }
   void PhoneNumber(const std::string& zvPhoneNumber) { m_zPhoneNumber = zvPhoneNumber; }
+  // the purchaser's e-mail address
   const std::string& Email() const { return m_zEmail; }
   void Email(const std::string& zvEmail) { m_zEmail = zvEmail; }
+  // whether the purchaser is exempt from tax
   bool IsTaxExempt() const { return m_bIsTaxExempt; }
   void IsTaxExempt(bool bvIsTaxExempt) { m_bIsTaxExempt = bvIsTaxExempt; }
+  // the purchaser's tax number
   const std::string& TaxIDNumber() const { return m_zTaxIDNumber; }
   void TaxIDNumber(const std::string& zvTaxIDNumber) { m_zTaxIDNumber = zvTaxIDNumber; }
 

@@ -22,17 +22,21 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   // catalogue item number; the key of the line
   const std::string& ItemNumber() const { return m_zItemNumber; }
   void ItemNumber(std::string zvItemNumber) { m_zItemNumber = std::move(zvItemNumber); }
+  // number of units; Validate tells whether it fits the packs
   std::int32_t Quantity() const { return m_lQuantity; }
   void Quantity(std::int32_t lvQuantity) { m_lQuantity = lvQuantity; }
+  // what the item is
   const std::string& Description() const { return m_zDescription; }
   void Description(std::string zvDescription) { m_zDescription = std::move(zvDescription); }
-  // not part of the XML
+  // short form of the description; not part of the XML
   const std::string& ShortDescription() const { return m_zShortDescription; }
   void ShortDescription(std::string zvShortDescription) {
     m_zShortDescription = std::move(zvShortDescription);
   }
+  // who makes the item
   const std::string& Manufacturer() const { return m_zManufacturer; }
   void Manufacturer(std::string zvManufacturer) { m_zManufacturer = std::move(zvManufacturer); }
+  // the manufacturer's model
   const std::string& Model() const { return m_zModel; }
   void Model(std::string zvModel) { m_zModel = std::move(zvModel); }
   // pack size in which the item ships
@@ -44,26 +48,33 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   // lead time, free text: "TODAY", "1-3 DAYS", "SPECIAL ORDER"
   const std::string& UsuallyShips() const { return m_zUsuallyShips; }
   void UsuallyShips(std::string zvUsuallyShips) { m_zUsuallyShips = std::move(zvUsuallyShips); }
+  // whether the item is taxed
   bool IsTaxable() const { return m_bIsTaxable; }
   void IsTaxable(bool bvIsTaxable) { m_bIsTaxable = bvIsTaxable; }
-  // of one unit
+  // price of one unit
   Currency Price() const { return m_cPrice; }
   void Price(Currency cvPrice) { m_cPrice = cvPrice; }
-  // of the line; kept as given, never computed here
+  // price of the line; kept as given, never computed here
   Currency ExtendedPrice() const { return m_cExtendedPrice; }
   void ExtendedPrice(Currency cvExtendedPrice) { m_cExtendedPrice = cvExtendedPrice; }
+  // whether the user has changed the price
   bool IsPriceModified() const { return m_bIsPriceModified; }
   void IsPriceModified(bool bvIsPriceModified) { m_bIsPriceModified = bvIsPriceModified; }
+  // the customer's own number for the item
   const std::string& CustomerPartNumber() const { return m_zCustomerPartNumber; }
   void CustomerPartNumber(std::string zvCustomerPartNumber) {
     m_zCustomerPartNumber = std::move(zvCustomerPartNumber);
   }
+  // the customer's notes on the item
   const std::string& CustomerNotes() const { return m_zCustomerNotes; }
   void CustomerNotes(std::string zvCustomerNotes) { m_zCustomerNotes = std::move(zvCustomerNotes); }
+  // whether the item is under a contract; read from the store, never written to it
   bool HasContractItem() const { return m_bHasContractItem; }
   void HasContractItem(bool bvHasContractItem) { m_bHasContractItem = bvHasContractItem; }
+  // whether the line carries notes
   bool HasNotes() const { return m_bHasNotes; }
   void HasNotes(bool bvHasNotes) { m_bHasNotes = bvHasNotes; }
+  // whether the line carries the customer's part information
   bool HasPartsInfo() const { return m_bHasPartsInfo; }
   void HasPartsInfo(bool bvHasPartsInfo) { m_bHasPartsInfo = bvHasPartsInfo; }
 

@@ -22,23 +22,29 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
   // Walks by position, so that members added during a walk are met at its end.
   class QM_ORDERING_API Iterator {
    public:
+    // What the standard library asks of an iterator.
     using iterator_category = std::input_iterator_tag;
     using value_type = std::shared_ptr<OrderItem>;
     using difference_type = std::ptrdiff_t;
     using pointer = const value_type*;
     using reference = value_type;
 
+    // Belongs to no collection and may only be assigned to.
     Iterator() = default;
+    // The member at this position.
     reference operator*() const { return m_oOwner->m_oMembers[m_lIndex]; }
+    // Goes on to the next member.
     Iterator& operator++() {
       ++m_lIndex;
       return *this;
     }
+    // Goes on to the next member, and answers where it was.
     Iterator operator++(int) {
       Iterator before = *this;
       ++m_lIndex;
       return before;
     }
+    // Whether there are no more members, at this moment.
     bool operator==(std::default_sentinel_t) const { return m_lIndex >= m_oOwner->m_oMembers.size(); }
 
    private:
@@ -51,7 +57,9 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
   // What NewEnum answers: an enumeration for a range-for, valid while its collection lives.
   class QM_ORDERING_API Enumerator {
    public:
+    // At the first member.
     Iterator begin() const { return m_oFirst; }
+    // Behind the last member.
     std::default_sentinel_t end() const { return {}; }
 
    private:
@@ -70,10 +78,14 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
   // Null when there is none, and for every other kind of value.
   std::shared_ptr<OrderItem> Item(const Variant& vvKey) const;
 
+  // The number of members.
   std::int32_t Count() const;
 
+  // The members in the order in which they were added.
   Enumerator NewEnum() const { return Enumerator(begin()); }
+  // At the first member, for a range-for over the collection itself.
   Iterator begin() const { return Iterator(this); }
+  // Behind the last member.
   std::default_sentinel_t end() const { return {}; }
 
  private:

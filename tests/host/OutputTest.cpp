@@ -49,6 +49,13 @@ TEST_F(HostOutput, HelpIsThereForEveryCommand) {
   }
 }
 
+TEST_F(HostOutput, TellsItsVersion) {
+  const HostRun run = test::RunHost({"--version"});
+  EXPECT_EQ(0, run.ExitCode);
+  EXPECT_EQ("qm-ordering " QM_ORDERING_VERSION "\n", run.Out);
+  EXPECT_EQ("", run.Err);
+}
+
 TEST_F(HostOutput, TheHelpOfOrderSetNamesEveryPropertyAndTheHelpOfAddEveryColumn) {
   const std::string zSet = Run({"order", "set", "--help"}).Out;
   for (const char* zName :

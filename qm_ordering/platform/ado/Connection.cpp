@@ -1,7 +1,7 @@
 #include "qm_ordering/platform/ado/Connection.h"
 
 #include "qm_ordering/platform/ado/ConnectionString.h"
-#include "qm_ordering/platform/ado/StatementTrace.h"
+#include "qm_ordering/platform/ado/TraceStatement.h"
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/value/Failure.h"

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "qm_ordering/platform/PerThread.h"
+#include "qm_ordering/platform/ado/TraceStatement.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering {

@@ -12,9 +12,4 @@ namespace qm_ordering {
 // QM_ORDERING_TRACE=1 in the environment every statement also goes to stderr.
 QM_ORDERING_API void SetStatementTrace(std::function<void(const std::string& zvSQL)> trace);
 
-namespace ado {
-// Hands a statement to the trace.
-void TraceStatement(const std::string& zvSQL);
-}  // namespace ado
-
 }  // namespace qm_ordering

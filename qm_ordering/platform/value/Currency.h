@@ -14,8 +14,10 @@ namespace qm_ordering {
 // through floating point.
 class QM_ORDERING_API Currency {
  public:
+  // The decimals that are kept.
   static constexpr int kDecimals = 4;
 
+  // Zero.
   constexpr Currency() = default;
 
   // The amount lvScaled / 10,000.
@@ -37,19 +39,25 @@ class QM_ORDERING_API Currency {
   // "-0.0001".
   std::string ToString() const;
 
-  // These raise 6 on overflow.
+  // The sum. Raises 6 when it is out of range.
   Currency operator+(Currency cvOther) const;
+  // The difference. Raises 6 when it is out of range.
   Currency operator-(Currency cvOther) const;
+  // The product. Raises 6 when it is out of range.
   Currency operator*(std::int32_t lvFactor) const;
+  // Adds. Raises 6 when the sum is out of range; the amount is then unchanged.
   Currency& operator+=(Currency cvOther) { return *this = *this + cvOther; }
+  // Subtracts. Raises 6 when the difference is out of range; the amount is then unchanged.
   Currency& operator-=(Currency cvOther) { return *this = *this - cvOther; }
 
+  // By amount.
   friend constexpr auto operator<=>(Currency, Currency) = default;
 
  private:
   std::int64_t m_lScaled = 0;
 };
 
+// The product. Raises 6 when it is out of range.
 inline Currency operator*(std::int32_t lvFactor, Currency cvAmount) {
   return cvAmount * lvFactor;
 }

@@ -20,13 +20,20 @@ class QM_ORDERING_API Date {
   // Raises 5 when there is no such day or time.
   Date(int lvYear, int lvMonth, int lvDay, int lvHour = 0, int lvMinute = 0, int lvSecond = 0);
 
+  // 100 to 9999.
   constexpr int Year() const { return m_lYear; }
+  // 1 to 12.
   constexpr int Month() const { return m_lMonth; }
+  // 1 to 31.
   constexpr int Day() const { return m_lDay; }
+  // 0 to 23.
   constexpr int Hour() const { return m_lHour; }
+  // 0 to 59.
   constexpr int Minute() const { return m_lMinute; }
+  // 0 to 59.
   constexpr int Second() const { return m_lSecond; }
 
+  // Whether this is the zero date, which stands for "none".
   bool IsZero() const { return *this == Date(); }
 
   // "2003-07-04 15:04:05", the form used in SQL and in the store.
@@ -39,6 +46,7 @@ class QM_ORDERING_API Date {
   // "12:00:00 AM").
   std::string ToGeneralText() const;
 
+  // By time: the earlier one is less.
   friend constexpr auto operator<=>(const Date&, const Date&) = default;
 
  private:

@@ -41,8 +41,11 @@ inline constexpr std::int32_t kXmlFragment = -1072896682;   // text that does no
 // It copies without failing, so that it can be caught by value or kept.
 class QM_ORDERING_API Failure : public std::exception {
  public:
+  // With one of the numbers above and a text in UTF-8. A component of the host makes its failures so.
   Failure(std::int32_t lvNumber, std::string zvDescription);
+  // The copy shares the description.
   Failure(const Failure&) noexcept = default;
+  // The copy shares the description.
   Failure& operator=(const Failure&) noexcept = default;
   ~Failure() override;
 

@@ -8,6 +8,7 @@ namespace qm_ordering {
 // the thread that made them; an empty reference is a null pointer.
 class QM_ORDERING_API Object {
  public:
+  // Whoever releases the last reference destroys the object.
   virtual ~Object();
 
   // The name under which CreateObject makes one, without the library's prefix: "CurrentOrder".
