@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -94,6 +95,20 @@ class Injector : public test::SystemObserver {
 };
 
 // Fails every request for the status of what is under the store's name.
+// Fails the first opening of a log.
+class OneLogRefused : public test::SystemObserver {
+ public:
+  int Before(const SystemRequest& request) override {
+    if (Done || request.Kind != SystemCall::Open || !request.Path.ends_with("-wal")) {
+      return 0;
+    }
+    Done = true;
+    return EIO;
+  }
+
+  bool Done = false;
+};
+
 class NoStatus : public test::SystemObserver {
  public:
   int Before(const SystemRequest& request) override {
@@ -313,6 +328,27 @@ TEST_F(Faults, ReadsAndWritesThatAreDoneByHalvesChangeNothing) {
       EXPECT_EQ(course.After, m_oStore.State());
     }
   }
+}
+
+TEST_F(Faults, ALogThatCouldNotBeOpenedForWritingOnceIsOpenedAnewByTheNextCall) {
+  // A second program that has the store open, so that there is a log, which the engine then reads only.
+  sqlite3* pDatabase = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(m_oStore.File().c_str(), &pDatabase));
+  const qm_ordering::ado::embedded::DatabaseHandle other(pDatabase);
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDatabase, "select * from tblOrder", nullptr, nullptr, nullptr));
+  CloseIdleSessions();
+
+  OneLogRefused refusal;
+  std::unique_ptr<qm_ordering::CurrentOrder> oOrder;
+  {
+    const test::SystemWatch watch(refusal, m_oStore.Folder());
+    oOrder = std::make_unique<qm_ordering::CurrentOrder>();
+  }
+  ASSERT_TRUE(refusal.Done);
+  EXPECT_EQ(0, oOrder->OrderDetails()->Error().Number) << oOrder->OrderDetails()->Error().Description;
+  oOrder->OrderDetails()->PurchaseOrderNumber("the next call");
+  oOrder->SavePONumber();
+  EXPECT_EQ(0, oOrder->Error().Number) << oOrder->Error().Description;
 }
 
 TEST_F(Faults, AStoreWhoseStatusCannotBeReadKeepsItsLog) {

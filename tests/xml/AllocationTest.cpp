@@ -68,7 +68,7 @@ TEST(XmlAllocation, FailureToSetAnAttributeLeavesTheElementAsItWas) {
   const auto SetOrCheck = [&](const std::string& zvName) {
     const std::string zBefore = element.XML();
     try {
-      element.SetAttribute(zvName, Long());
+      element.SetAttribute(zvName.c_str(), Long());
     } catch (const std::bad_alloc&) {
       EXPECT_TRUE(element.XML() == zBefore);
       throw;

@@ -104,6 +104,7 @@ PooledSession::PooledSession(const std::string& zvPath, Use use, const std::stri
   LetLogBeWritten();
   Configure();
   RequireSameFile();
+  m_zReadOnlyFile = FindReadOnlyFile();
   // The file's beginning, which was looked at, may be behind its log.
   m_lSchemaVersion = RequireKnownVersion(Database(), m_zName);
   LoadColumnKinds();
@@ -197,6 +198,10 @@ void PooledSession::LetLogBeWritten() noexcept {
   }
 }
 
+bool PooledSession::KeepsLog() const {
+  return m_lUse == Use::Store && !IsOnNetwork(m_zPath);
+}
+
 void PooledSession::Configure() {
   sqlite3* db = m_oDatabase.get();
   sqlite3_busy_timeout(db, kBusyTimeoutMilliseconds);
@@ -208,7 +213,7 @@ void PooledSession::Configure() {
             "pragma synchronous = full; pragma foreign_keys = on; pragma secure_delete = on; "
             "pragma cell_size_check = on; pragma temp_store = memory;",
             m_zName);
-  const std::string zJournal = m_lUse == Use::Copy || IsOnNetwork(m_zPath) ? "delete" : "wal";
+  const std::string zJournal = KeepsLog() ? "wal" : "delete";
   if (sqlite3_db_readonly(db, "main") == 0 && ReadText(db, "pragma journal_mode", m_zName) != zJournal) {
     RunScript(db, "pragma journal_mode = " + zJournal, m_zName);
   }
@@ -221,6 +226,30 @@ void PooledSession::RequireSameFile() {
   if (!IsFileAt(EngineName())) {
     throw Failure(failure::kStoreUnavailable,
                   "The order store " + m_zName + " was replaced while it was being opened. Try again.");
+  }
+}
+
+// The store or its log, where it could not be opened for writing; empty when both are. The engine then opens
+// them for reading, whatever the reason was, and stays so. It says it of the log only when it is to write:
+// the write lock is asked for, and not waited for.
+std::string PooledSession::FindReadOnlyFile() {
+  if (sqlite3_db_readonly(Database(), "main") != 0) {
+    return m_zPath;
+  }
+  if (!KeepsLog()) {
+    return {};
+  }
+  sqlite3_busy_timeout(Database(), 0);
+  const int lResult = sqlite3_exec(Database(), "begin immediate; rollback", nullptr, nullptr, nullptr);
+  sqlite3_busy_timeout(Database(), kBusyTimeoutMilliseconds);
+  switch (lResult & 0xff) {
+    case SQLITE_OK:
+    case SQLITE_BUSY:
+      return {};
+    case SQLITE_READONLY:
+      return LogName();
+    default:
+      throw EngineFailure(Database(), lResult, m_zName);
   }
 }
 
@@ -267,9 +296,7 @@ bool PooledSession::IsUsable() const {
       !IsOfThisProcess() || !IsFileAt(m_zPath.c_str())) {
     return false;
   }
-  // The engine falls back to reading where the file cannot be opened for writing, and such a session stays
-  // so.
-  return sqlite3_db_readonly(Database(), "main") == 0 || access(m_zPath.c_str(), W_OK) != 0;
+  return m_zReadOnlyFile.empty() || access(m_zReadOnlyFile.c_str(), W_OK) != 0;
 }
 
 bool PooledSession::IsOfThisProcess() const noexcept {

@@ -103,8 +103,10 @@ class PooledSession {
   bool IsFileGoneFrom(const char* zvPath) const noexcept;
   void TakeLogAway() noexcept;
   void LetLogBeWritten() noexcept;
+  bool KeepsLog() const;
   void Configure();
   void RequireSameFile();
+  std::string FindReadOnlyFile();
   void LoadColumnKinds();
   void RebuildTextIndexesIfFoldingChanged();
 
@@ -119,6 +121,7 @@ class PooledSession {
   Enlisted m_oEnlisted{*this};  // ends when the file is closed
   DatabaseHandle m_oDatabase;
   std::int32_t m_lSchemaVersion = 0;
+  std::string m_zReadOnlyFile;
   bool m_bBroken = false;
   int m_lLogPages = 0;
   int m_lCheckpointAt;
