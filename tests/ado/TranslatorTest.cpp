@@ -404,13 +404,38 @@ TEST(Translator, MakesOneTextOfStatementsThatDifferInTheirLiteralsAlone) {
   EXPECT_EQ(zText, TextOf("update t set lNumber=-300,zText='it''s; longer' where cAmount=-0.0001;"));
 }
 
+std::string InList(std::size_t lvValues) {
+  std::string zSQL = "delete from t where zText in (";
+  for (std::size_t i = 0; i < lvValues; ++i) {
+    zSQL += (i == 0 ? "'" : ", '") + std::to_string(i) + "'";
+  }
+  return zSQL + ") and lNumber = 7";
+}
+
+TEST(Translator, FillsAListUpToAPowerOfTwoWithItsLastValue) {
+  const Translation three = Translate("delete from t where zText in ('a', 'b', 'c') and lNumber = 7");
+  EXPECT_EQ("delete from t where zText in ( ? , ? , ? , ? ) and lNumber = ?", three.Text);
+  EXPECT_EQ((Parameters{Text("a"), Text("b"), Text("c"), Text("c"), Number(7)}), three.Parameters);
+  EXPECT_EQ("delete from t where zText not in ( ? )", TextOf("delete from t where zText not in ('a')"));
+  EXPECT_EQ(Translate(InList(65)).Text, Translate(InList(128)).Text);
+  EXPECT_NE(Translate(InList(64)).Text, Translate(InList(65)).Text);
+  EXPECT_EQ(129U, Translate(InList(65)).Parameters.size());
+  EXPECT_FALSE(Translate(InList(65)).VariableLength);
+}
+
+TEST(Translator, FillsOnlyListsOfValues) {
+  EXPECT_EQ(
+      "delete from t where zText in ( select zText from t where zText > ? or zText < ? or zText = ? )",
+      TextOf("delete from t where zText in (select zText from t where zText>'a' or zText<'b' or zText='c')"));
+  EXPECT_EQ("delete from t where zText in ( zText , ? , ? , ? )",
+            TextOf("delete from t where zText in (zText, 'a', 'b', 'c')"));
+  EXPECT_EQ("delete from t where zText in ( )", TextOf("delete from t where zText in ()"));
+}
+
 TEST(Translator, MarksTextsWhoseLengthFollowsTheirLiterals) {
-  const Translation two = Translate("delete from t where zText in ('a', 'b')");
-  const Translation three = Translate("delete from t where zText in ('a', 'b', 'c')");
-  EXPECT_NE(two.Text, three.Text);
-  EXPECT_TRUE(two.VariableLength);
-  EXPECT_TRUE(three.VariableLength);
-  EXPECT_TRUE(Translate("delete from t where zText not in ('a')").VariableLength);
+  EXPECT_FALSE(Translate(InList(1024)).VariableLength);
+  EXPECT_TRUE(Translate(InList(1025)).VariableLength);
+  EXPECT_EQ(1026U, Translate(InList(1025)).Parameters.size());
   EXPECT_FALSE(Translate("delete from t where zText = 'in (a, b)'").VariableLength);
   EXPECT_FALSE(Translate("insert into t (zText, lNumber) values ('a', 1)").VariableLength);
 }

@@ -8,16 +8,6 @@
 
 namespace qm_ordering::ado {
 
-// Keys by which names are found as SameName compares them.
-struct HashName {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view zvName) const noexcept;
-};
-struct EqualName {
-  using is_transparent = void;
-  bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
-};
-
 // The names of a query's columns, in its order.
 class ColumnNames {
  public:
@@ -33,7 +23,7 @@ class ColumnNames {
 
  private:
   std::vector<std::string> m_zNames;
-  std::unordered_map<std::string_view, std::size_t, HashName, EqualName> m_oPositions;
+  std::unordered_map<std::string_view, std::size_t> m_oPositions;
 };
 
 }  // namespace qm_ordering::ado

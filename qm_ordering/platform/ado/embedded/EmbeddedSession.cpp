@@ -37,7 +37,7 @@ class Pool {
 
   void GiveBack(std::unique_ptr<PooledSession> session) noexcept {
     session->Rest();
-    if (!session->IsUsable()) {
+    if (!session->MayRest()) {
       return;
     }
     try {

@@ -1,5 +1,6 @@
 #include "qm_ordering/platform/ado/embedded/PooledSession.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <new>
 #include <utility>
 
+#include "qm_ordering/platform/ado/ConnectionString.h"
 #include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 #include "qm_ordering/platform/ado/embedded/UnfinishedStore.h"
@@ -28,6 +30,12 @@ constexpr int kCheckpointPages = 256;
 // a session that it opened then would believe in locks that nobody holds.
 std::atomic<pid_t> g_lProcess{0};
 std::atomic<int> g_lOpenSessions{0};
+
+// This process, known without asking the system at every row. A child that was made without the handlers of
+// fork is found out when it takes a session from the pool.
+std::atomic<pid_t> g_lThisProcess{getpid()};
+[[maybe_unused]] const int g_lHandler =
+    pthread_atfork(nullptr, nullptr, [] { g_lThisProcess.store(getpid()); });
 
 [[noreturn]] void RaiseForked(const std::string& zvPath) {
   throw Failure(failure::kStoreUnavailable, "The order store " + zvPath +
@@ -82,6 +90,18 @@ PooledSession::Enlisted::~Enlisted() {
     pLink = &(*pLink)->m_pNext;
   }
   *pLink = m_pNext;
+}
+
+std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
+  std::size_t lHash = 1469598103934665603U;
+  for (const char c : zvName) {
+    lHash = (lHash ^ static_cast<unsigned char>(LowerLetter(c))) * 1099511628211U;
+  }
+  return lHash;
+}
+
+bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept {
+  return SameName(zvLeft, zvRight);
 }
 
 PooledSession::PooledSession(const std::string& zvPath, Use use, const std::string& zvName)
@@ -291,16 +311,20 @@ void PooledSession::RebuildTextIndexesIfFoldingChanged() {
   }
 }
 
+bool PooledSession::MayRest() const noexcept {
+  return m_lUse == Use::Store && m_lSchemaVersion == embedded::SchemaVersion() && !m_bBroken &&
+         IsOfThisProcess();
+}
+
 bool PooledSession::IsUsable() const {
-  if (m_lUse != Use::Store || m_lSchemaVersion != embedded::SchemaVersion() || m_bBroken ||
-      !IsOfThisProcess() || !IsFileAt(m_zPath.c_str())) {
+  if (m_lProcess != getpid() || !IsFileAt(m_zPath.c_str())) {
     return false;
   }
   return m_zReadOnlyFile.empty() || access(m_zReadOnlyFile.c_str(), W_OK) != 0;
 }
 
 bool PooledSession::IsOfThisProcess() const noexcept {
-  return m_lProcess == getpid();
+  return m_lProcess == g_lThisProcess.load(std::memory_order_relaxed);
 }
 
 void PooledSession::RequireOwnProcess() const {

@@ -48,9 +48,11 @@ class PooledSession {
   std::int32_t SchemaVersion() const { return m_lSchemaVersion; }
   const ColumnKinds& Kinds() const { return m_oKinds; }
 
-  // False when the session must not be used again: it saw a fatal answer, its file is no longer the one at
-  // the path, was of an older version or may be written by now and could not, or this process is a fork of
-  // the one that opened it.
+  // False when the session must not rest in the pool: it saw a fatal answer, its file was of an older
+  // version, or this process is a fork of the one that opened it.
+  bool MayRest() const noexcept;
+  // Whether a session that rested may be used: its file is still the one at the path, and could be written if
+  // it may be written by now.
   bool IsUsable() const;
 
   // False in a fork of the process that opened the session. The session is that process's there: it is not
@@ -75,6 +77,14 @@ class PooledSession {
   void Rest() noexcept;
 
  private:
+  struct HashName {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view zvName) const noexcept;
+  };
+  struct EqualName {
+    using is_transparent = void;
+    bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
+  };
   using StatementList = std::list<std::unique_ptr<Prepared>>;
 
   // Among what this process has open for as long as it lives, also when the constructor fails.

@@ -1,6 +1,7 @@
 #include "qm_ordering/platform/ado/embedded/Translator.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <limits>
 #include <utility>
@@ -328,6 +329,21 @@ std::vector<std::optional<ColumnKind>> FindResultKinds(const std::vector<Token>&
   return oKinds;
 }
 
+// Fills the list behind IN, whose values are the parameters from lvFirst on, up with its last one to a power
+// of two: lists of many lengths come down to few texts. A long one is rare and stays as it is.
+void FillList(Translation& orResult, std::size_t lvFirst) {
+  constexpr std::size_t kLongestFilled = 1024;
+  const std::size_t lValues = orResult.Parameters.size() - lvFirst;
+  if (lValues > kLongestFilled) {
+    orResult.VariableLength = true;
+    return;
+  }
+  for (std::size_t i = lValues; lValues > 0 && i < std::bit_ceil(lValues); ++i) {
+    orResult.Text += " , ?";
+    orResult.Parameters.push_back(Parameter(orResult.Parameters.back()));
+  }
+}
+
 }  // namespace
 
 std::optional<ColumnKind> KindOfDeclaredType(std::string_view zvType) {
@@ -368,12 +384,23 @@ Translation Translate(std::string_view zvSQL, const ColumnKinds& kinds, std::str
   Translation result;
   result.Text.reserve(zvSQL.size());
   Walk walk(tokens, kinds);
+  std::size_t lListStart = 0;
+  bool bListOfValues = false;
   for (std::size_t i = 0; i < tokens.size(); ++i) {
     const Token& token = tokens[i];
     if (IsSign(token, ";")) {
       RaiseBadStatement("something follows its closing semicolon");
     }
+    const bool bWasInList = walk.InList();
     walk.Step(i);
+    if (!bWasInList && walk.InList()) {
+      lListStart = result.Parameters.size();
+      bListOfValues = true;
+    } else if (bWasInList && walk.InList()) {
+      bListOfValues = bListOfValues && (IsLiteral(token) || IsSign(token, ","));
+    } else if (bWasInList && bListOfValues) {
+      FillList(result, lListStart);
+    }
     if (IsWord(token, "from") && result.Table.empty() && i + 1 < tokens.size()) {
       result.Table = tokens[i + 1].Text;
     }
@@ -388,7 +415,6 @@ Translation Translate(std::string_view zvSQL, const ColumnKinds& kinds, std::str
     } else {
       result.Parameters.push_back(MakeParameter(token, walk.KindOfLiteral(i)));
       result.Text += '?';
-      result.VariableLength = result.VariableLength || walk.InList();
     }
     if (i == 0 && !zvHiddenColumn.empty()) {
       result.Text.append(" ").append(zvHiddenColumn).append(" ,");

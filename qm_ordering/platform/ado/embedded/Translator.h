@@ -33,7 +33,7 @@ using Parameter = std::variant<std::int64_t, std::string, std::monostate>;
 struct Translation {
   std::string Text;
   std::vector<Parameter> Parameters;
-  // The text depends on the number of values too (a list behind IN): not worth keeping prepared.
+  // The text depends on the number of values too (a long list behind IN): not worth keeping prepared.
   bool VariableLength = false;
   // The kinds of the results that have no declared type: count(*), sum(COLUMN), max(COLUMN), min(COLUMN), by
   // their position in the select list.
