@@ -96,18 +96,20 @@ class Library : public OrderProgram {
  public:
   explicit Library(std::string zvFolder) : m_zFolder(std::move(zvFolder)) {}
 
-  void AddLine(const Line& line) override {
-    Order().AddItem(ItemOf(line));
+  void Enter(std::vector<Line> lines) override {
+    UseSettings();
+    m_oEntered = std::make_shared<OrderItems>();
+    for (const Line& line : lines) {
+      m_oEntered->Add(ItemOf(line), line.ItemNumber);
+    }
+  }
+
+  void AddLine() override {
+    Order().AddItem(m_oEntered->Item(1));
     Require(Order().Error());
   }
 
-  void ChangeLines(const std::vector<Line>& lines) override {
-    auto oItems = std::make_shared<OrderItems>();
-    for (const Line& line : lines) {
-      oItems->Add(ItemOf(line), line.ItemNumber);
-    }
-    Order().UpdateItems(oItems);
-  }
+  void ChangeLines() override { Order().UpdateItems(m_oEntered); }
 
   void SaveSummary(const std::string& zvText) override {
     const auto oDetails = Order().OrderDetails();
@@ -156,6 +158,7 @@ class Library : public OrderProgram {
   }
 
   std::string m_zFolder;
+  std::shared_ptr<OrderItems> m_oEntered;
   std::unique_ptr<CurrentOrder> m_oOrder;
 };
 

@@ -16,11 +16,15 @@ class OrderProgram {
  public:
   virtual ~OrderProgram() = default;
 
-  // Looks whether the current order holds the item; adds the line or adds its quantity to the one that is
-  // there; brings the total up to date.
-  virtual void AddLine(const Line& line) = 0;
-  // Writes quantities and prices of these lines, all or none, then the total.
-  virtual void ChangeLines(const std::vector<Line>& lines) = 0;
+  // Takes what the user has entered into the form in which the program holds it; not part of what is
+  // measured.
+  virtual void Enter(std::vector<Line> lines) = 0;
+
+  // Looks whether the current order holds the first entered item; adds the line or adds its quantity to the
+  // one that is there; brings the total up to date.
+  virtual void AddLine() = 0;
+  // Writes quantities and prices of the entered lines, all or none, then the total.
+  virtual void ChangeLines() = 0;
   // Writes the header, every text of it zvText, and keeps its values in the settings file as the defaults of
   // the next order.
   virtual void SaveSummary(const std::string& zvText) = 0;

@@ -23,9 +23,13 @@ class Soci : public OrderProgram {
     auto* pBackend = static_cast<soci::sqlite3_session_backend*>(m_oSession.get_backend());
     SetUpConnection(pBackend->conn_);
     PrepareAll();
+    m_oReadTotal->execute(true);
   }
 
-  void AddLine(const Line& line) override {
+  void Enter(std::vector<Line> lines) override { m_oEntered = std::move(lines); }
+
+  void AddLine() override {
+    const Line& line = m_oEntered.front();
     m_oLine = line;
     m_oCount->execute(true);
     if (m_lRead == 0) {
@@ -46,12 +50,12 @@ class Soci : public OrderProgram {
     m_oReadTotal->execute(true);
   }
 
-  void ChangeLines(const std::vector<Line>& lines) override {
-    Selection& read = LinesToChange(lines.size());
+  void ChangeLines() override {
+    Selection& read = LinesToChange(m_oEntered.size());
     std::map<std::string, const Line*> wanted;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-      read.ItemNumbers[i] = lines[i].ItemNumber;
-      wanted[lines[i].ItemNumber] = &lines[i];
+    for (std::size_t i = 0; i < m_oEntered.size(); ++i) {
+      read.ItemNumbers[i] = m_oEntered[i].ItemNumber;
+      wanted[m_oEntered[i].ItemNumber] = &m_oEntered[i];
     }
     std::vector<Stored> stored;
     read.Statement.execute();
@@ -253,6 +257,7 @@ class Soci : public OrderProgram {
   Statement m_oBegin, m_oCommit, m_oCount, m_oInsert, m_oReadQuantity, m_oMerge, m_oChange, m_oSum,
       m_oWriteTotal, m_oReadTotal, m_oWriteHeader, m_oReadLines, m_oRemove;
   std::map<std::size_t, std::unique_ptr<Selection>> m_oLinesToChange;
+  std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;
 };
 

@@ -20,9 +20,14 @@ template <typename Driver>
 class SqlProgram : public OrderProgram {
  public:
   explicit SqlProgram(const std::string& zvFolder)
-      : m_zSettings(zvFolder + "/settings.ini"), m_oDatabase(zvFolder + "/Orders.mdb") {}
+      : m_zSettings(zvFolder + "/settings.ini"), m_oDatabase(zvFolder + "/Orders.mdb") {
+    m_lTotal = ReadTotal();
+  }
 
-  void AddLine(const Line& line) override {
+  void Enter(std::vector<Line> lines) override { m_oEntered = std::move(lines); }
+
+  void AddLine() override {
+    const Line& line = m_oEntered.front();
     m_oCount.Bind(1, line.ItemNumber);
     m_oCount.Bind(2, kOrder);
     m_oCount.Step();
@@ -48,12 +53,12 @@ class SqlProgram : public OrderProgram {
     UpdateTotal();
   }
 
-  void ChangeLines(const std::vector<Line>& lines) override {
-    Statement& read = LinesToChange(lines.size());
+  void ChangeLines() override {
+    Statement& read = LinesToChange(m_oEntered.size());
     int lPosition = 1;
     read.Bind(lPosition, kOrder);
     std::map<std::string, const Line*> wanted;
-    for (const Line& line : lines) {
+    for (const Line& line : m_oEntered) {
       read.Bind(++lPosition, line.ItemNumber);
       wanted[line.ItemNumber] = &line;
     }
@@ -265,6 +270,7 @@ class SqlProgram : public OrderProgram {
   Statement m_oReadLines{m_oDatabase, kReadLines};
   Statement m_oRemove{m_oDatabase, kRemoveLine};
   std::map<std::size_t, std::unique_ptr<Statement>> m_oLinesToChange;
+  std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;
   std::int64_t m_lTotal = 0;
 };

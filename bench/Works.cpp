@@ -21,6 +21,10 @@ std::vector<Line> ChangedLines(std::int32_t lvLines) {
   return lines;
 }
 
+std::vector<Line> Nothing(std::int32_t) {
+  return {};
+}
+
 }  // namespace
 
 const std::vector<Work>& Works() {
@@ -29,42 +33,47 @@ const std::vector<Work>& Works() {
        {10, 100, 1'000, 10'000, 100'000},
        20,
        false,
-       [](OrderProgram& program, std::int32_t lvLines) { program.AddLine(MakeLine(lvLines + ++g_lRound)); },
-       [](OrderProgram& program, std::int32_t lvLines) {
-         program.RemoveLine(MakeLine(lvLines + g_lRound).ItemNumber);
+       [](std::int32_t lvLines) { return std::vector{MakeLine(lvLines + ++g_lRound)}; },
+       [](OrderProgram& program) { program.AddLine(); },
+       [](OrderProgram& program, const std::vector<Line>& lines) {
+         program.RemoveLine(lines.front().ItemNumber);
        }},
       {"merge into a line",
        {100, 1'000, 100'000},
        20,
        false,
-       [](OrderProgram& program, std::int32_t lvLines) { program.AddLine(MakeLine(lvLines / 2)); }},
+       [](std::int32_t lvLines) { return std::vector{MakeLine(lvLines / 2)}; },
+       [](OrderProgram& program) { program.AddLine(); }},
       {"change 100 lines",
        {100, 1'000, 100'000},
        20,
        false,
-       [](OrderProgram& program, std::int32_t lvLines) { program.ChangeLines(ChangedLines(lvLines)); }},
+       ChangedLines,
+       [](OrderProgram& program) { program.ChangeLines(); }},
       {"save the summary",
-       {10},
+       {10, 1'000, 100'000},
        20,
        false,
-       [](OrderProgram& program, std::int32_t) {
-         program.SaveSummary("Value " + std::to_string(++g_lRound));
-       }},
+       Nothing,
+       [](OrderProgram& program) { program.SaveSummary("Value " + std::to_string(++g_lRound)); }},
       {"load the lines",
        {1'000, 10'000, 100'000},
        5,
        false,
-       [](OrderProgram& program, std::int32_t) { program.LoadLines(); }},
+       Nothing,
+       [](OrderProgram& program) { program.LoadLines(); }},
       {"make the document",
        {1'000, 10'000, 100'000},
        5,
        true,
-       [](OrderProgram& program, std::int32_t) { program.Document(); }},
+       Nothing,
+       [](OrderProgram& program) { program.Document(); }},
       {"show the order",
-       {10, 100},
-       100,
+       {10, 1'000, 100'000},
+       50,
        false,
-       [](OrderProgram& program, std::int32_t) { program.ShowOrder(); }},
+       Nothing,
+       [](OrderProgram& program) { program.ShowOrder(); }},
   };
   return works;
 }

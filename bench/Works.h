@@ -30,9 +30,13 @@ struct Work {
   std::vector<std::int32_t> Sizes;  // lines of the order
   std::int64_t Rounds;              // in a repetition, with an order of up to 1,000 lines
   bool IsOfOrderAlone;              // the store has no part in it
-  // Both get the number of lines of the order. The second takes the first back and is not measured.
-  std::function<void(OrderProgram&, std::int32_t)> Measured;
-  std::function<void(OrderProgram&, std::int32_t)> After = [](OrderProgram&, std::int32_t) {};
+  // What the user has entered, for an order of that many lines.
+  std::function<std::vector<Line>(std::int32_t)> Entered;
+  // What is measured.
+  std::function<void(OrderProgram&)> Measured;
+  // Takes it back.
+  std::function<void(OrderProgram&, const std::vector<Line>&)> After = [](OrderProgram&,
+                                                                          const std::vector<Line>&) {};
 };
 
 const std::vector<Work>& Works();

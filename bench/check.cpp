@@ -59,17 +59,22 @@ std::string WorkOf(const Contestant& contestant, const std::string& zvFolder) {
   MakeStore(zvFolder, MakeLines(0, kLines));
   std::string zLines;
   {
+    contestant.Make(zvFolder)->SaveSummary("An earlier value");
     const auto oProgram = contestant.Make(zvFolder);
-    oProgram->AddLine(MakeLine(kLines + 5));
-    oProgram->AddLine(MakeLine(kLines + 6));
-    oProgram->AddLine(MakeLine(kLines / 2));
+    oProgram->Enter({MakeLine(kLines + 5)});
+    oProgram->AddLine();
+    oProgram->Enter({MakeLine(kLines + 6)});
+    oProgram->AddLine();
+    oProgram->Enter({MakeLine(kLines / 2)});
+    oProgram->AddLine();
     std::vector<Line> lines = MakeLines(10, 110);
     for (Line& line : lines) {
       line.Quantity = 3 * line.SellQuantity;
       line.Price = -line.Price;
       line.ExtendedPrice = line.Price * line.Quantity;
     }
-    oProgram->ChangeLines(lines);
+    oProgram->Enter(lines);
+    oProgram->ChangeLines();
     oProgram->RemoveLine(MakeLine(kLines + 5).ItemNumber);
     oProgram->SaveSummary("A value of the header");
     oProgram->ShowOrder();

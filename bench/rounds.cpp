@@ -48,8 +48,10 @@ int Run(const std::vector<std::string>& zvArguments) {
     oProgram->LoadLines();
   }
   for (int i = 0; i < std::stoi(zvArguments[5]); ++i) {
-    work.Measured(*oProgram, lLines);
-    work.After(*oProgram, lLines);
+    const std::vector<Line> lines = work.Entered(lLines);
+    oProgram->Enter(lines);
+    work.Measured(*oProgram);
+    work.After(*oProgram, lines);
   }
   return 0;
 }

@@ -100,6 +100,14 @@ TEST_P(EveryRecordset, FindsAColumnByNameInAnyLetterCaseAndByPosition) {
   EXPECT_EQ(Variant("PO-1"), rows->Fields(1).Value());
 }
 
+TEST_P(EveryRecordset, FindsAColumnInTheVeryLettersBeforeOneInOthers) {
+  AddOrders(1);
+  const auto rows = Open("select lOrderID as a, zPurchaseOrderNumber as A, zDINotes as B from tblOrder");
+  EXPECT_EQ(rows->Fields(0).Value(), rows->Fields("a").Value());
+  EXPECT_EQ(rows->Fields(1).Value(), rows->Fields("A").Value());
+  EXPECT_EQ(rows->Fields(2).Value(), rows->Fields("b").Value());
+}
+
 TEST_P(EveryRecordset, RaisesForAColumnThatItDoesNotHave) {
   AddOrders(1);
   const auto rows = Open(kOrders);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -466,6 +468,35 @@ TEST_F(Session, IsNotOpenedInAForkedProcess) {
   }
   AddOrder("b");
   EXPECT_EQ("a b ", OrdersIn(Store.Path()));
+}
+
+TEST_F(Session, IsNeitherUsedNorEndedInAProcessThatWasMadeWithoutTheHandlersOfFork) {
+  AddOrder("a");
+  const std::string zBefore = Bytes();
+  const pid_t lChild = _Fork();
+  ASSERT_GE(lChild, 0);
+  if (lChild == 0) {
+    const std::int32_t lNumber =
+        test::RaisedNumber([] { return test::Value("select count(*) from tblOrder"); });
+    _exit(lNumber == failure::kStoreUnavailable ? 0 : 1);
+  }
+  int lStatus = 0;
+  ASSERT_EQ(lChild, waitpid(lChild, &lStatus, 0));
+  EXPECT_EQ(0, lStatus);
+  EXPECT_EQ(zBefore, Bytes());
+  AddOrder("b");
+  EXPECT_EQ("a b ", OrdersIn(Store.Path()));
+}
+
+TEST_F(Session, WhoseFileIsMovedWhileItIsOpenTakesItsLogAlongWhenItIsGivenBack) {
+  test::OpenConnection connection;
+  connection.Execute("insert into tblOrder (zPurchaseOrderNumber) values ('in the log')");
+  const std::string zMoved = Store.Path() + ".moved";
+  std::filesystem::rename(Store.Path(), zMoved);
+  ASSERT_TRUE(std::filesystem::exists(Store.Path() + "-wal"));
+  connection.Close();
+  EXPECT_FALSE(std::filesystem::exists(Store.Path() + "-wal"));
+  EXPECT_EQ("in the log ", OrdersIn(zMoved));
 }
 
 TEST_F(Session, IsNotOpenedInAForkedProcessThroughAnObjectThatIsOpen) {

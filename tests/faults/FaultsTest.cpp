@@ -94,7 +94,6 @@ class Injector : public test::SystemObserver {
   std::size_t m_lAt;
 };
 
-// Fails every request for the status of what is under the store's name.
 // Fails the first opening of a log.
 class OneLogRefused : public test::SystemObserver {
  public:
@@ -109,6 +108,7 @@ class OneLogRefused : public test::SystemObserver {
   bool Done = false;
 };
 
+// Fails every request for the status of what is under the store's name.
 class NoStatus : public test::SystemObserver {
  public:
   int Before(const SystemRequest& request) override {

@@ -18,7 +18,8 @@ class ColumnNames {
   std::size_t Count() const { return m_zNames.size(); }
   const std::string& operator[](std::size_t lvColumn) const { return m_zNames[lvColumn]; }
 
-  // The position of the first column of that name, in any letter case. Raises kUnknownField.
+  // The position of the column of that name, in the very letters or else in any letter case, the first one of
+  // them. Raises kUnknownField.
   std::size_t Find(std::string_view zvName) const;
 
  private:

@@ -1,6 +1,5 @@
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 #include <vector>

@@ -31,11 +31,17 @@ constexpr int kCheckpointPages = 256;
 std::atomic<pid_t> g_lProcess{0};
 std::atomic<int> g_lOpenSessions{0};
 
-// This process, known without asking the system at every row. A child that was made without the handlers of
-// fork is found out when it takes a session from the pool.
-std::atomic<pid_t> g_lThisProcess{getpid()};
-[[maybe_unused]] const int g_lHandler =
-    pthread_atfork(nullptr, nullptr, [] { g_lThisProcess.store(getpid()); });
+// This process, known without asking the system at every row: asked for whenever a session is opened or taken
+// from the pool, and in a child of fork.
+constinit std::atomic<pid_t> g_lThisProcess{0};
+
+pid_t AskForProcess() noexcept {
+  const pid_t lProcess = getpid();
+  g_lThisProcess.store(lProcess, std::memory_order_relaxed);
+  return lProcess;
+}
+
+[[maybe_unused]] const int g_lHandler = pthread_atfork(nullptr, nullptr, [] { AskForProcess(); });
 
 [[noreturn]] void RaiseForked(const std::string& zvPath) {
   throw Failure(failure::kStoreUnavailable, "The order store " + zvPath +
@@ -45,7 +51,7 @@ std::atomic<pid_t> g_lThisProcess{getpid()};
 }
 
 void RequireNoSessionFromBeforeTheFork(const std::string& zvPath) {
-  const pid_t lProcess = getpid();
+  const pid_t lProcess = AskForProcess();
   if (g_lProcess.load() != lProcess) {
     if (g_lOpenSessions.load() > 0) {
       RaiseForked(zvPath);
@@ -105,7 +111,11 @@ bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_v
 }
 
 PooledSession::PooledSession(const std::string& zvPath, Use use, const std::string& zvName)
-    : m_zPath(zvPath), m_zName(zvName), m_lUse(use), m_lProcess(getpid()), m_lCheckpointAt(kCheckpointPages) {
+    : m_zPath(zvPath),
+      m_zName(zvName),
+      m_lUse(use),
+      m_lProcess(AskForProcess()),
+      m_lCheckpointAt(kCheckpointPages) {
   RequireNoSessionFromBeforeTheFork(zvName);
   const struct stat file = RequireOrdinaryFile(zvPath);
   m_lDevice = file.st_dev;
@@ -264,9 +274,9 @@ std::string PooledSession::FindReadOnlyFile() {
   sqlite3_busy_timeout(Database(), kBusyTimeoutMilliseconds);
   switch (lResult & 0xff) {
     case SQLITE_OK:
-    case SQLITE_BUSY:
       return {};
     case SQLITE_READONLY:
+    case SQLITE_BUSY:  // held by another program, which leaves it open whether the log can be written
       return LogName();
     default:
       throw EngineFailure(Database(), lResult, m_zName);
@@ -311,13 +321,22 @@ void PooledSession::RebuildTextIndexesIfFoldingChanged() {
   }
 }
 
-bool PooledSession::MayRest() const noexcept {
-  return m_lUse == Use::Store && m_lSchemaVersion == embedded::SchemaVersion() && !m_bBroken &&
-         IsOfThisProcess();
+bool PooledSession::MayRest() noexcept {
+  if (m_lUse != Use::Store || m_lSchemaVersion != embedded::SchemaVersion() || m_bBroken ||
+      !IsOfThisProcess()) {
+    return false;
+  }
+  // One that has only read is looked at when it is taken.
+  const sqlite3_int64 lChanges = sqlite3_total_changes64(Database());
+  if (lChanges == m_lChangesLooked) {
+    return true;
+  }
+  m_lChangesLooked = lChanges;
+  return IsFileAt(m_zPath.c_str());
 }
 
 bool PooledSession::IsUsable() const {
-  if (m_lProcess != getpid() || !IsFileAt(m_zPath.c_str())) {
+  if (m_lProcess != AskForProcess() || !IsFileAt(m_zPath.c_str())) {
     return false;
   }
   return m_zReadOnlyFile.empty() || access(m_zReadOnlyFile.c_str(), W_OK) != 0;

@@ -48,9 +48,10 @@ class PooledSession {
   std::int32_t SchemaVersion() const { return m_lSchemaVersion; }
   const ColumnKinds& Kinds() const { return m_oKinds; }
 
-  // False when the session must not rest in the pool: it saw a fatal answer, its file was of an older
-  // version, or this process is a fork of the one that opened it.
-  bool MayRest() const noexcept;
+  // False when the session must not rest in the pool: it saw a fatal answer, its file was of an older version
+  // or is no longer the one at the path that it has written to, or this process is a fork of the one that
+  // opened it.
+  bool MayRest() noexcept;
   // Whether a session that rested may be used: its file is still the one at the path, and could be written if
   // it may be written by now.
   bool IsUsable() const;
@@ -133,6 +134,7 @@ class PooledSession {
   std::int32_t m_lSchemaVersion = 0;
   std::string m_zReadOnlyFile;
   bool m_bBroken = false;
+  sqlite3_int64 m_lChangesLooked = 0;  // what had been written when the file was last looked at
   int m_lLogPages = 0;
   int m_lCheckpointAt;
   std::unordered_map<std::string, ColumnKind, HashName, EqualName> m_oColumnKinds;
