@@ -34,7 +34,7 @@ install(FILES ${PROJECT_BINARY_DIR}/QM_OrderingConfig.cmake ${PROJECT_BINARY_DIR
 # installation, which may choose another one.
 set(PC_PREFIX @CMAKE_INSTALL_PREFIX@)
 if(NOT BUILD_SHARED_LIBS)
-  string(REPLACE ">=" " >= " MODULES "${QM_ORDERING_SQLITE}, ${QM_ORDERING_UTF8PROC}, ${QM_ORDERING_PUGIXML}")
+  string(REPLACE ">=" " >= " MODULES "${SQLITE_MODULE}, ${UTF8PROC_MODULE}, ${PUGIXML_MODULE}")
   set(PC_PRIVATE "Requires.private: ${MODULES}\nLibs.private: -lstdc++ -pthread\n")
 endif()
 set(PC_FILE ${PROJECT_BINARY_DIR}/qm_ordering.pc)
