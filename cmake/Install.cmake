@@ -31,10 +31,14 @@ install(FILES ${PROJECT_BINARY_DIR}/QM_OrderingConfig.cmake ${PROJECT_BINARY_DIR
         DESTINATION ${CONFIG_FOLDER} COMPONENT development)
 
 # For pkg-config. Only who links the static library needs the libraries behind it. The prefix is filled in by the
-# installation, which may choose another one.
+# installation, which may choose another one; a folder that does not depend on it stands as it is.
 set(PC_PREFIX @CMAKE_INSTALL_PREFIX@)
+foreach(FOLDER LIBDIR INCLUDEDIR)
+  set(PC_${FOLDER} "\${prefix}")
+  cmake_path(APPEND PC_${FOLDER} ${CMAKE_INSTALL_${FOLDER}})
+endforeach()
 if(NOT BUILD_SHARED_LIBS)
-  string(REPLACE ">=" " >= " MODULES "${QM_ORDERING_SQLITE}, ${QM_ORDERING_UTF8PROC}, ${QM_ORDERING_PUGIXML}")
+  string(REPLACE ">=" " >= " MODULES "${SQLITE_MODULE}, ${UTF8PROC_MODULE}, ${PUGIXML_MODULE}")
   set(PC_PRIVATE "Requires.private: ${MODULES}\nLibs.private: -lstdc++ -pthread\n")
 endif()
 set(PC_FILE ${PROJECT_BINARY_DIR}/qm_ordering.pc)

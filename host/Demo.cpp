@@ -55,11 +55,16 @@ std::string MakeFolder() {
   return zFolder;
 }
 
-// It is found from the place of the program, so that an installation can be anywhere.
+// It is found from the place of the program, so that an installation can be anywhere: beside a program that
+// is not installed, else in the data folder.
 std::string ExampleCatalogue() {
   std::error_code unknown;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
-  return (program.parent_path() / QM_ORDERING_DATA_DIR / "catalogue.csv").lexically_normal().string();
+  const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path();
+  const std::filesystem::path beside = folder / "catalogue.csv";
+  if (std::filesystem::exists(beside, unknown)) {
+    return beside.string();
+  }
+  return (folder / QM_ORDERING_DATA_DIR / "catalogue.csv").lexically_normal().string();
 }
 
 std::string CatalogueFile(const DemoOptions& options) {

@@ -36,7 +36,10 @@ TEST_F(HostDemo, GoesFromAnEmptyStoreToTheNextOrderAndKeepsItsFiles) {
            "* FX-2040: 130 is not a whole number of packs of 50; the nearest that fit are 100 or 150.",
            "150 instead of 130", "Champagne Lef\xC3\xA8vre & Fils", "<order orderid=\"1\"",
            "Order 1 is in the history", "Order 2, the current order    PO number: PO-7    0 lines",
-           zFolder + "/Orders.mdb", "rm -r " + zFolder}) {
+           zFolder + "/Orders.mdb", "rm -r " + zFolder,
+           // The build folder's own copy, wherever an installation would put it.
+           "Catalogue " +
+               std::filesystem::path(test::HostProgramPath()).replace_filename("catalogue.csv").string()}) {
     EXPECT_NE(std::string::npos, run.Out.find(zText)) << zText;
   }
   EXPECT_EQ("order", test::ReadStrictly(test::ReadFile(zFolder + "/order.xml")).Name);
