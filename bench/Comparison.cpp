@@ -67,11 +67,11 @@ void Comparison::ReportRuns(const std::vector<Run>& runs) {
       m_bFailed = true;
     } else if (run.run_type == Run::RT_Iteration) {
       const std::string& zName = run.run_name.function_name;
-      const std::size_t lProgram = zName.rfind('/');
-      const std::size_t lSize = zName.rfind('/', lProgram - 1);
-      RowOf(zName.substr(0, lSize), zName.substr(lSize + 1, lProgram - lSize - 1))
-          .Seconds[zName.substr(lProgram + 1)]
-          .push_back(run.real_accumulated_time / static_cast<double>(run.iterations));
+      const std::size_t lSize = zName.rfind('/');
+      Row& row = RowOf(zName.substr(0, lSize), zName.substr(lSize + 1));
+      for (const auto& [zProgram, counter] : run.counters) {
+        row.Seconds[zProgram].push_back(counter.value);
+      }
     }
   }
 }
@@ -82,7 +82,7 @@ void Comparison::Finalize() {
   for (std::size_t i = 1; i < m_zPrograms.size(); ++i) {
     out << " | " << m_zPrograms[i];
   }
-  out << " | spread |\n|---|--:|";
+  out << " | middle half of the library's |\n|---|--:|";
   for (std::size_t i = 0; i <= m_zPrograms.size(); ++i) {
     out << "--:|";
   }
@@ -92,18 +92,24 @@ void Comparison::Finalize() {
     if (base == row.Seconds.end()) {
       continue;
     }
-    const double dBase = Median(base->second);
-    out << "| " << row.Work << " | " << row.Size << " | " << TimeText(dBase);
-    double dSpread = 0;
-    for (const auto& [zProgram, dSeconds] : row.Seconds) {
-      const double dMedian = Median(dSeconds);
-      dSpread = std::max(dSpread, (Quantile(dSeconds, 0.75) - Quantile(dSeconds, 0.25)) / dMedian);
-    }
+    out << "| " << row.Work << " | " << row.Size << " | " << TimeText(Median(base->second));
+    std::string zSpread;
     for (std::size_t i = 1; i < m_zPrograms.size(); ++i) {
+      out << " | ";
       const auto other = row.Seconds.find(m_zPrograms[i]);
-      out << " | " << (other == row.Seconds.end() ? "" : Number(Median(other->second) / dBase));
+      if (other == row.Seconds.end()) {
+        continue;
+      }
+      std::vector<double> dRatios;
+      for (std::size_t j = 0; j < base->second.size(); ++j) {
+        dRatios.push_back(other->second[j] / base->second[j]);
+      }
+      out << Number(Median(dRatios));
+      if (i == 1) {
+        zSpread = Number(Quantile(dRatios, 0.25)) + " to " + Number(Quantile(dRatios, 0.75));
+      }
     }
-    out << " | " << Number(dSpread) << " |\n";
+    out << " | " << zSpread << " |\n";
   }
 }
 

@@ -10,8 +10,8 @@
 namespace bench {
 
 // Collects the times of all repetitions and prints, at the end, for each work and size: the median of the
-// hand-written program, and the medians of the others as multiples of it. Benchmarks are named
-// WORK/SIZE/PROGRAM.
+// hand-written program's, and the medians of the others' as multiples of it in the same repetition.
+// Benchmarks are named WORK/SIZE and have a counter for the time of each program.
 class Comparison : public benchmark::BenchmarkReporter {
  public:
   explicit Comparison(std::vector<std::string> zvPrograms) : m_zPrograms(std::move(zvPrograms)) {}

@@ -28,7 +28,7 @@ inline constexpr Contestant kContestants[] = {
 struct Work {
   const char* Name;
   std::vector<std::int32_t> Sizes;  // lines of the order
-  std::int64_t Rounds;              // in a repetition, with an order of up to 1,000 lines
+  int Rounds;                       // in a repetition, with an order of up to 1,000 lines
   bool IsOfOrderAlone;              // the store has no part in it
   // What the user has entered, for an order of that many lines.
   std::function<std::vector<Line>(std::int32_t)> Entered;

@@ -65,23 +65,40 @@ class Ground {
 
 using Clock = std::chrono::steady_clock;
 
-void Measure(benchmark::State& state, OrderProgram& program, const Work& work, std::int32_t lvLines) {
-  if (isatty(STDERR_FILENO) != 0) {
-    std::cerr << "\r\033[K" << work.Name << ", " << lvLines << " lines";
-  }
-  const auto dRound = [&] {
+// The mean time of some rounds of the work.
+double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvLines, int lvRounds) {
+  double dSeconds = 0;
+  // The first warms the caches, whatever ran before.
+  for (int i = 0; i <= lvRounds; ++i) {
     const std::vector<Line> lines = work.Entered(lvLines);
     program.Enter(lines);
     const auto start = Clock::now();
     work.Measured(program);
-    const double dSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+    const std::chrono::duration<double> passed = Clock::now() - start;
+    dSeconds += i == 0 ? 0 : passed.count();
     work.After(program, lines);
-    return dSeconds;
-  };
-  // Caches warm, whatever ran before.
-  dRound();
+  }
+  return dSeconds / lvRounds;
+}
+
+// A repetition: all programs, right after each other, so that what else the machine does meets them alike.
+// Each time another one begins.
+void Measure(benchmark::State& state, Ground& ground, const Work& work, std::int32_t lvLines) {
+  static std::size_t lFirst = 0;
+  if (isatty(STDERR_FILENO) != 0) {
+    std::cerr << "\r\033[K" << work.Name << ", " << lvLines << " lines";
+  }
+  const int lRounds = std::max(1, lvLines <= 1'000 ? work.Rounds : work.Rounds * 1'000 / lvLines);
   for ([[maybe_unused]] const auto& unused : state) {
-    state.SetIterationTime(dRound());
+    ++lFirst;
+    for (std::size_t i = 0; i < std::size(kContestants); ++i) {
+      const Contestant& contestant = kContestants[(lFirst + i) % std::size(kContestants)];
+      if (!work.IsOfOrderAlone || !contestant.IsLikeHandWritten) {
+        state.counters[contestant.Name] =
+            SecondsOf(ground.Program(contestant, lvLines), work, lvLines, lRounds);
+      }
+    }
+    state.SetIterationTime(state.counters[kContestants[0].Name]);
   }
 }
 
@@ -89,20 +106,12 @@ void Register(Ground& ground, Comparison& orComparison) {
   for (const Work& work : Works()) {
     for (const std::int32_t lLines : work.Sizes) {
       orComparison.AddRow(work.Name, std::to_string(lLines));
-      for (const Contestant& contestant : kContestants) {
-        if (work.IsOfOrderAlone && contestant.IsLikeHandWritten) {
-          continue;
-        }
-        const std::string zName =
-            std::string(work.Name) + "/" + std::to_string(lLines) + "/" + contestant.Name;
-        benchmark::RegisterBenchmark(zName.c_str(),
-                                     [&ground, &work, &contestant, lLines](benchmark::State& state) {
-                                       Measure(state, ground.Program(contestant, lLines), work, lLines);
-                                     })
-            ->UseManualTime()
-            ->Iterations(
-                std::max<std::int64_t>(1, lLines <= 1'000 ? work.Rounds : work.Rounds * 1'000 / lLines));
-      }
+      const std::string zName = std::string(work.Name) + "/" + std::to_string(lLines);
+      benchmark::RegisterBenchmark(
+          zName.c_str(),
+          [&ground, &work, lLines](benchmark::State& state) { Measure(state, ground, work, lLines); })
+          ->UseManualTime()
+          ->Iterations(1);
     }
   }
 }
