@@ -26,6 +26,25 @@ constexpr std::array<const char*, 7> kItemSortOrders = {
     "cPrice, zItemNumber",
 };
 
+// The orders of the history, by lvSortOrder.
+constexpr std::array<const char*, 4> kHistorySortOrders = {
+    "zPurchaseOrderNumber, datSubmitDate",
+    "zPurchaseOrderNumber",
+    "datSubmitDate",
+    "cTotalPrice",
+};
+
+// The entry of a table of sort orders. Raises 9 for a code that has none.
+template <std::size_t lSize>
+const char* SortOrder(const std::array<const char*, lSize>& zvOrders, std::int32_t lvCode, const char* zvOf) {
+  if (lvCode < 0 || static_cast<std::size_t>(lvCode) >= lSize) {
+    throw Failure(failure::kIndexOutOfBounds, "There is no sort order " + std::to_string(lvCode) + " of " +
+                                                  zvOf + "; the orders are 0 to " +
+                                                  std::to_string(lSize - 1) + ".");
+  }
+  return zvOrders[static_cast<std::size_t>(lvCode)];
+}
+
 std::string Number(std::int32_t lvNumber) {
   return std::to_string(lvNumber);
 }
@@ -207,15 +226,12 @@ std::unique_ptr<ado::Recordset> Database::OrderDetails_GetItems(std::int32_t lvO
                                                                 std::int32_t lvSortType,
                                                                 bool bvIsLoadCurrent) {
   ClearError(m_oError);
-  if (lvSortType < 0 || static_cast<std::size_t>(lvSortType) >= kItemSortOrders.size()) {
-    throw Failure(failure::kIndexOutOfBounds,
-                  "There is no sort order " + Number(lvSortType) + " of order lines; the orders are 0 to 6.");
-  }
+  const std::string zSortOrder = SortOrder(kItemSortOrders, lvSortType, "order lines");
   Frame frame(*this);
   auto rows = Connection().Execute(
       "select * from qryGetOrderItems " +
       (bvIsLoadCurrent ? "where bIsCurrent = True" : "where lOrderID = " + Number(lvOrderID)) + " order by " +
-      kItemSortOrders[static_cast<std::size_t>(lvSortType)]);
+      zSortOrder);
   frame.KeepOpen();
   return rows;
 }
@@ -531,14 +547,8 @@ void Database::OrderDetails_SaveToHistory(std::int32_t lvOrderID) {
   Guarded<void>("Database.OrderDetails_SaveToHistory", std::nullopt, [&] {
     {
       WriteUnit unit(*this);
-      const std::int32_t lCount =
-          Connection()
-              .Execute("select count(*) from tblOrder where lOrderID = " + Number(lvOrderID) +
-                       "and bIsCurrent = True")
-              ->Fields(0)
-              .Value()
-              .ToInteger();
-      if (lCount == 0) {
+      if (Count("select count(*) from tblOrder where lOrderID = " + Number(lvOrderID) +
+                "and bIsCurrent = True") == 0) {
         SetError(m_oError, OrderingError::errNotCurrentOrder, "");
         return;
       }
@@ -634,12 +644,12 @@ void Database::CreateCurrentOrder() {
   unit.Commit();
 }
 
+std::int32_t Database::Count(const std::string& zvSQL) {
+  return Connection().Execute(zvSQL)->Fields(0).Value().ToInteger();
+}
+
 bool Database::CurrentOrderExists() {
-  return Connection()
-             .Execute("select count(*) from tblOrder where bIsCurrent = True")
-             ->Fields(0)
-             .Value()
-             .ToInteger() != 0;
+  return Count("select count(*) from tblOrder where bIsCurrent = True") != 0;
 }
 
 void Database::ApplyDefaultsToCurrentOrder(const std::string& zvCity, const std::string& zvCompanyName,
@@ -706,11 +716,147 @@ Currency Database::Order_GetTotalPrice(std::int32_t lvOrderID) {
 
 std::int32_t Database::OrderDetails_ItemCount(std::int32_t lvOrderID) {
   return Guarded<std::int32_t>("Database.OrderDetails_ItemCount", std::nullopt, [&] {
-    return Connection()
-        .Execute("select count(*) from tblOrderItem where lOrderID = " + Number(lvOrderID))
-        ->Fields(0)
-        .Value()
-        .ToInteger();
+    return Count("select count(*) from tblOrderItem where lOrderID = " + Number(lvOrderID));
+  });
+}
+
+std::unique_ptr<ado::Recordset> Database::PersonalLists_GetLists() {
+  ClearError(m_oError);
+  const Frame frame(*this);
+  return Connection().OpenDetached("select lListID, zName from tblPersonalList order by zName");
+}
+
+std::int32_t Database::PersonalLists_CreateList(const std::string& zvName) {
+  return Guarded<std::int32_t>("Database.PersonalLists_CreateList", OrderingError::errDuplicateList, [&] {
+    // One unit, so that the old list stays when the new one cannot be added.
+    WriteUnit unit(*this);
+    if (ListExists(zvName)) {
+      Connection().Execute("delete from tblPersonalList where zName = " + Escaped(zvName));
+    }
+    const Variant vAdded = Connection().AddRow("tblPersonalList", "zName", zvName);
+    // In a store that lets others write meanwhile the highest id may be another's list.
+    Connection().Execute("select max(lListID) from tblPersonalList");
+    unit.Commit();
+    return vAdded.ToInteger();
+  });
+}
+
+bool Database::PersonalLists_RenameList(const Variant& lvListID, const Variant& zvNewListName) {
+  return Guarded<bool>("Database.PersonalLists_RenameList", OrderingError::errDuplicateList, [&] {
+    Connection().Execute("update tblPersonalList set zName = " + Escaped(zvNewListName.ToString()) +
+                         " where lListID = " + Number(lvListID.ToInteger()));
+    return true;
+  });
+}
+
+void Database::PersonalLists_RemoveList(std::int32_t lvListID) {
+  Guarded<void>("Database.PersonalLists_RemoveList", std::nullopt, [&] {
+    Connection().Execute("delete from tblPersonalList where lListID = " + Number(lvListID));
+  });
+}
+
+bool Database::PersonalLists_RemoveListByName(const Variant& zvListName) {
+  return Guarded<bool>("Database.PersonalLists_RemoveListByName", std::nullopt, [&] {
+    Connection().Execute("Delete from tblPersonalList WHERE zName = " + Escaped(zvListName.ToString()) + " ");
+    return true;
+  });
+}
+
+bool Database::PersonalLists_ListExists(const Variant& zvName) {
+  return Guarded<bool>("Database.PersonalLists_ListExists", std::nullopt,
+                       [&] { return ListExists(zvName.ToString()); });
+}
+
+bool Database::ListExists(const std::string& zvName) {
+  return Count("select count(*) from tblPersonalList where zName = " + Escaped(zvName)) > 0;
+}
+
+std::string Database::PersonalLists_GetName(std::int32_t lvListID) {
+  return Guarded<std::string>("Database.PersonalLists_GetName", std::nullopt, [&] {
+    const auto rows =
+        Connection().Execute("select zName from tblPersonalList where lListID = " + Number(lvListID));
+    return rows->AtEnd() ? std::string() : rows->Fields("zName").Value().ToString();
+  });
+}
+
+std::unique_ptr<ado::Recordset> Database::PersonalList_GetSummary(std::int32_t lvListID) {
+  ClearError(m_oError);
+  Frame frame(*this);
+  auto rows =
+      Connection().Execute("select zName, lListID from tblPersonalList where lListID = " + Number(lvListID));
+  frame.KeepOpen();
+  return rows;
+}
+
+std::unique_ptr<ado::Recordset> Database::PersonalList_GetItems(std::int32_t lvListID) {
+  ClearError(m_oError);
+  Frame frame(*this);
+  auto rows = Connection().Execute("select * from tblPersonalListItem where lListID = " + Number(lvListID));
+  frame.KeepOpen();
+  return rows;
+}
+
+bool Database::PersonalList_ItemExists(std::int32_t lvListID, const std::string& zvItemNumber) {
+  ClearError(m_oError);
+  const Frame frame(*this);
+  return Count("select count(*) from tblPersonalListItem where zItemNumber = " + Escaped(zvItemNumber) +
+               " and lListID = " + Number(lvListID)) != 0;
+}
+
+void Database::PersonalList_IncrementQuantity(std::int32_t lvListID, const std::string& zvItemNumber,
+                                              std::int32_t lvIncrement) {
+  ClearError(m_oError);
+  const Frame frame(*this);
+  ExecuteRaw("update tblPersonalListItem set lQuantity = lQuantity + " + Number(lvIncrement) +
+                 " where lListID = " + Number(lvListID) + " and zItemNumber = " + Raw(zvItemNumber),
+             {zvItemNumber});
+}
+
+void Database::PersonalList_AddItem(std::int32_t lvListID, const std::string& zvItemNumber,
+                                    std::int32_t lvQuantity, const std::string& zvDescription,
+                                    const std::string& zvShortDescription, const std::string& zvManufacturer,
+                                    const std::string& zvModel, std::int32_t lvSellQuantity,
+                                    std::int32_t lvShipQuantity, const std::string& zvUsuallyShips,
+                                    bool bvIsTaxable, const std::string& zvCustomerPartNumber,
+                                    const std::string& zvCustomerNotes, bool bvHasPartsInfo) {
+  Guarded<void>("Database.PersonalList_AddItem", OrderingError::errOrderNotLoaded, [&] {
+    ExecuteRaw(
+        "insert into tblPersonalListItem (lListID, zItemNumber, lQuantity, zDescription, zShortDescription, "
+        "zManufacturer, zModel, lSellQuantity, lShipQuantity, zUsuallyShips, bIsTaxable, "
+        "zCustomerPartNumber, zCustomerNotes, bHasPartsInfo) "
+        "values (" +
+            Joined({Number(lvListID), Escaped(zvItemNumber), Number(lvQuantity), Escaped(zvDescription),
+                    Escaped(zvShortDescription), Escaped(zvManufacturer), Escaped(zvModel),
+                    Number(lvSellQuantity), Number(lvShipQuantity), Raw(zvUsuallyShips), Flag(bvIsTaxable),
+                    Escaped(zvCustomerPartNumber), Escaped(zvCustomerNotes), Flag(bvHasPartsInfo)},
+                   ", ") +
+            ")",
+        {zvUsuallyShips});
+  });
+}
+
+std::unique_ptr<ado::Recordset> Database::OrderHistory_GetOrders(std::int32_t lvSortOrder) {
+  ClearError(m_oError);
+  const std::string zSortOrder = SortOrder(kHistorySortOrders, lvSortOrder, "the history");
+  const Frame frame(*this);
+  return Connection().OpenDetached(
+      "select datSubmitDate, zPurchaseOrderNumber, cTotalPrice, lOrderID from tblOrder where bIsCurrent = "
+      "False "
+      "order by " +
+      zSortOrder);
+}
+
+void Database::OrderHistory_DeleteOrder(std::int32_t lvOrderID) {
+  ClearError(m_oError);
+  const Frame frame(*this);
+  Connection().Execute("delete from tblOrder where lOrderID = " + Number(lvOrderID) +
+                       " and bIsCurrent = False");
+}
+
+Variant Database::OrderHistory_ItemExists(const std::string& zvPONumber) {
+  return Guarded<Variant>("Database.OrderHistory_ItemExists", std::nullopt, [&] {
+    return Variant(Count("select count(*) from tblOrder where zPurchaseOrderNumber = " + Escaped(zvPONumber) +
+                         " and bIsCurrent = False") != 0);
   });
 }
 

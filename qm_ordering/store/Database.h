@@ -150,6 +150,63 @@ class Database {
   // Guarded. The number of stored lines.
   std::int32_t OrderDetails_ItemCount(std::int32_t lvOrderID);
 
+  // Unguarded. All lists by name: detached, lListID and zName.
+  std::unique_ptr<ado::Recordset> PersonalLists_GetLists();
+
+  // Guarded. Adds an empty list, which replaces the one of that name, its lines included, and answers its id;
+  // 0 on a failure. errDuplicateList when the store refuses it with kStoreCommand; the old list then stays.
+  std::int32_t PersonalLists_CreateList(const std::string& zvName);
+
+  // Guarded. True when it was renamed, also when there is no such list. errDuplicateList when the store
+  // refuses the name with kStoreCommand.
+  bool PersonalLists_RenameList(const Variant& lvListID, const Variant& zvNewListName);
+
+  // Guarded. Removes a list with its lines; nothing when there is none.
+  void PersonalLists_RemoveList(std::int32_t lvListID);
+
+  // Guarded. The same by name; True when the statement ran, also when there is no such list.
+  bool PersonalLists_RemoveListByName(const Variant& zvListName);
+
+  // Guarded. Whether there is a list of that name, in any letter case.
+  bool PersonalLists_ListExists(const Variant& zvName);
+
+  // Guarded. Empty when there is no such list.
+  std::string PersonalLists_GetName(std::int32_t lvListID);
+
+  // Unguarded. Live: zName and lListID of a list; no row when there is none.
+  std::unique_ptr<ado::Recordset> PersonalList_GetSummary(std::int32_t lvListID);
+
+  // Unguarded. Live: every column of the list's lines, in the store's order.
+  std::unique_ptr<ado::Recordset> PersonalList_GetItems(std::int32_t lvListID);
+
+  // Unguarded.
+  bool PersonalList_ItemExists(std::int32_t lvListID, const std::string& zvItemNumber);
+
+  // Unguarded. Adds to the stored quantity of a line. zvItemNumber is raw.
+  void PersonalList_IncrementQuantity(std::int32_t lvListID, const std::string& zvItemNumber,
+                                      std::int32_t lvIncrement);
+
+  // Guarded. Stores a new line. errOrderNotLoaded when the store refuses it with kStoreCommand (it is there
+  // already, or the list is not). zvUsuallyShips is raw.
+  void PersonalList_AddItem(std::int32_t lvListID, const std::string& zvItemNumber, std::int32_t lvQuantity,
+                            const std::string& zvDescription, const std::string& zvShortDescription,
+                            const std::string& zvManufacturer, const std::string& zvModel,
+                            std::int32_t lvSellQuantity, std::int32_t lvShipQuantity,
+                            const std::string& zvUsuallyShips, bool bvIsTaxable,
+                            const std::string& zvCustomerPartNumber, const std::string& zvCustomerNotes,
+                            bool bvHasPartsInfo);
+
+  // Unguarded. The submitted orders: detached, datSubmitDate, zPurchaseOrderNumber, cTotalPrice, lOrderID.
+  // lvSortOrder 0 to 3, else 9 before the store is touched.
+  std::unique_ptr<ado::Recordset> OrderHistory_GetOrders(std::int32_t lvSortOrder);
+
+  // Unguarded. Removes a submitted order with its lines; nothing for the current order.
+  void OrderHistory_DeleteOrder(std::int32_t lvOrderID);
+
+  // Guarded. Whether there is a submitted order with that purchase-order number, in any letter case; empty on
+  // a failure.
+  Variant OrderHistory_ItemExists(const std::string& zvPONumber);
+
   // Unguarded, all or none. Writes part number and notes of the lines with these item numbers (raw). Raises 9
   // when the arrays differ in length.
   void UpdateCustPartInfo(const std::vector<std::string>& zvItemNumbers,
@@ -174,7 +231,10 @@ class Database {
   template <typename Result, typename Body>
   Result Guarded(const char* zvOperation, std::optional<OrderingError> lvOnStoreCommand, Body body);
 
+  // The one number that a select count answers.
+  std::int32_t Count(const std::string& zvSQL);
   bool CurrentOrderExists();
+  bool ListExists(const std::string& zvName);
   void SaveDefaults(const OrderHeader& oHeader);
   void WriteChangedLines(const std::string& zvSQL, const std::vector<std::string_view>& zvItemNumbers,
                          const OrderItems& ovOrderItems);

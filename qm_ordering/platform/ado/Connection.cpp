@@ -55,6 +55,13 @@ std::unique_ptr<Recordset> Connection::OpenDetached(const std::string& zvSQL) {
   return Recordset::Detached(session.Execute(zvSQL));
 }
 
+std::int64_t Connection::AddRow(const std::string& zvTable, const std::string& zvColumn,
+                                const Variant& vvValue) {
+  Session& session = OpenedSession();
+  TraceStatement(zvTable);
+  return session.AddRow(zvTable, zvColumn, vvValue);
+}
+
 BatchRecordset Connection::OpenBatch(const std::string& zvSQL) {
   Session& session = OpenedSession();
   TraceStatement(zvSQL);

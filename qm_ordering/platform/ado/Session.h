@@ -59,6 +59,10 @@ class Session {
   // Runs one statement. Null when it is not a query.
   virtual std::unique_ptr<Cursor> Execute(const std::string& zvSQL) = 0;
 
+  // Adds a row to a table and answers its new key. The other columns have their defaults.
+  virtual std::int64_t AddRow(const std::string& zvTable, const std::string& zvColumn,
+                              const Variant& vvValue) = 0;
+
   // Reads the rows of a select on one table.
   virtual Keyset ReadKeyset(const std::string& zvSQL) = 0;
   // Writes the changed columns of the changed rows, all of them or, on a failure, none. Raises

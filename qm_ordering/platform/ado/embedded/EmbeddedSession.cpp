@@ -66,6 +66,8 @@ class EmbeddedSession : public Session {
   ~EmbeddedSession() override;
 
   std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
+  std::int64_t AddRow(const std::string& zvTable, const std::string& zvColumn,
+                      const Variant& vvValue) override;
   Keyset ReadKeyset(const std::string& zvSQL) override;
   void WriteKeyset(const Keyset& oKeyset) override;
   void Begin(TransactionKind kind) override;
@@ -234,6 +236,20 @@ std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
   }
   m_oSession->Keep(std::move(statement));
   return nullptr;
+}
+
+std::int64_t EmbeddedSession::AddRow(const std::string& zvTable, const std::string& zvColumn,
+                                     const Variant& vvValue) {
+  Translation translation;
+  translation.Text = "insert into " + zvTable + " (" + zvColumn + ") values (?)";
+  translation.Parameters.push_back(ToParameter(vvValue, m_oSession->Kinds()(zvColumn)));
+  std::unique_ptr<Prepared> statement = Start(translation);
+  const int lResult = sqlite3_step(statement->Handle.get());
+  if (lResult != SQLITE_DONE) {
+    throw m_oSession->Answer(lResult);
+  }
+  m_oSession->Keep(std::move(statement));
+  return sqlite3_last_insert_rowid(m_oSession->Database());
 }
 
 Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {

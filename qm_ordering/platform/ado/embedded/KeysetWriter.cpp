@@ -6,9 +6,6 @@
 
 namespace qm_ordering::ado::embedded {
 
-namespace {
-
-// The value in the kind of its column.
 Parameter ToParameter(const Variant& vvValue, std::optional<ColumnKind> kind) {
   if (vvValue.IsNull()) {
     return std::monostate();
@@ -26,8 +23,6 @@ Parameter ToParameter(const Variant& vvValue, std::optional<ColumnKind> kind) {
       return vvValue.ToString();
   }
 }
-
-}  // namespace
 
 KeysetWriter::KeysetWriter(PooledSession& session, const Keyset& oKeyset)
     : m_oSession(session),

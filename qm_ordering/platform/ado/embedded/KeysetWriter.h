@@ -11,6 +11,9 @@
 
 namespace qm_ordering::ado::embedded {
 
+// The value as a parameter, in the kind of its column. Raises what the conversion raises.
+Parameter ToParameter(const Variant& vvValue, std::optional<ColumnKind> kind);
+
 // Writes the changed rows of a keyset, one after the other, within a transaction of the caller. The keyset
 // and the session outlive it.
 class KeysetWriter {
