@@ -2,7 +2,13 @@
 
 #include "qm_ordering/foundation/ErrorInfo.h"
 #include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/foundation/MemberIterator.h"
+#include "qm_ordering/foundation/MembersById.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/PreviousOrder.h"
+#include "qm_ordering/lists/PersonalList.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/CreditCardDetails.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/DeliveryInformation.h"

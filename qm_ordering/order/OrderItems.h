@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "qm_ordering/foundation/LibraryObject.h"
+#include "qm_ordering/foundation/MemberIterator.h"
 #include "qm_ordering/order/OrderItem.h"
 #include "qm_ordering/platform/value/Variant.h"
 
@@ -19,54 +20,10 @@ namespace qm_ordering {
 // removal: who wants fewer members makes a new collection.
 class QM_ORDERING_API OrderItems : public LibraryObject {
  public:
-  // Walks by position, so that members added during a walk are met at its end.
-  class QM_ORDERING_API Iterator {
-   public:
-    // What the standard library asks of an iterator.
-    using iterator_category = std::input_iterator_tag;
-    using value_type = std::shared_ptr<OrderItem>;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const value_type*;
-    using reference = value_type;
-
-    // Belongs to no collection and may only be assigned to.
-    Iterator() = default;
-    // The member at this position.
-    reference operator*() const { return m_oOwner->m_oMembers[m_lIndex]; }
-    // Goes on to the next member.
-    Iterator& operator++() {
-      ++m_lIndex;
-      return *this;
-    }
-    // Goes on to the next member, and answers where it was.
-    Iterator operator++(int) {
-      Iterator before = *this;
-      ++m_lIndex;
-      return before;
-    }
-    // Whether there are no more members, at this moment.
-    bool operator==(std::default_sentinel_t) const { return m_lIndex >= m_oOwner->m_oMembers.size(); }
-
-   private:
-    friend class OrderItems;
-    explicit Iterator(const OrderItems* oOwner) : m_oOwner(oOwner) {}
-    const OrderItems* m_oOwner = nullptr;
-    std::size_t m_lIndex = 0;
-  };
-
-  // What NewEnum answers: an enumeration for a range-for, valid while its collection lives.
-  class QM_ORDERING_API Enumerator {
-   public:
-    // At the first member.
-    Iterator begin() const { return m_oFirst; }
-    // Behind the last member.
-    std::default_sentinel_t end() const { return {}; }
-
-   private:
-    friend class OrderItems;
-    explicit Enumerator(Iterator oFirst) : m_oFirst(oFirst) {}
-    Iterator m_oFirst;
-  };
+  // What walks over it.
+  using Iterator = MemberIterator<OrderItem>;
+  // What NewEnum answers.
+  using Enumerator = MemberEnumerator<OrderItem>;
 
   const char* ClassName() const noexcept override { return "OrderItems"; }
 
@@ -84,7 +41,7 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
   // The members in the order in which they were added.
   Enumerator NewEnum() const { return Enumerator(begin()); }
   // At the first member, for a range-for over the collection itself.
-  Iterator begin() const { return Iterator(this); }
+  Iterator begin() const { return Iterator(m_oMembers); }
   // Behind the last member.
   std::default_sentinel_t end() const { return {}; }
 

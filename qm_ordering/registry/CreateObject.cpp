@@ -3,6 +3,10 @@
 #include <array>
 #include <string_view>
 
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/PreviousOrder.h"
+#include "qm_ordering/lists/PersonalList.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/CreditCardDetails.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/DeliveryInformation.h"
@@ -29,15 +33,19 @@ struct PublicClass {
   std::shared_ptr<Object> (*Make)();
 };
 
-constexpr std::array<PublicClass, 8> kClasses = {{
+constexpr std::array<PublicClass, 12> kClasses = {{
     {"CreditCardDetails", Make<CreditCardDetails>},
     {"CurrentOrder", Make<CurrentOrder>},
     {"DeliveryInformation", Make<DeliveryInformation>},
     {"OrderDetails", Make<OrderDetails>},
+    {"OrderHistory", Make<OrderHistory>},
     {"OrderInformation", Make<OrderInformation>},
     {"OrderItem", Make<OrderItem>},
     {"OrderItems", Make<OrderItems>},
     {"PaymentInformation", Make<PaymentInformation>},
+    {"PersonalList", Make<PersonalList>},
+    {"PersonalLists", Make<PersonalLists>},
+    {"PreviousOrder", Make<PreviousOrder>},
 }};
 
 }  // namespace

@@ -6,6 +6,10 @@
 #include <string>
 
 #include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/PreviousOrder.h"
+#include "qm_ordering/lists/PersonalList.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/CreditCardDetails.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/DeliveryInformation.h"
@@ -46,7 +50,11 @@ TEST_F(CreateObjectTest, MakesEachPublicClassByEitherFormOfItsName) {
   ExpectMade<qm_ordering::OrderInformation>("OrderInformation");
   ExpectMade<qm_ordering::OrderItem>("OrderItem");
   ExpectMade<qm_ordering::OrderItems>("OrderItems");
+  ExpectMade<qm_ordering::OrderHistory>("OrderHistory");
   ExpectMade<qm_ordering::PaymentInformation>("PaymentInformation");
+  ExpectMade<qm_ordering::PersonalList>("PersonalList");
+  ExpectMade<qm_ordering::PersonalLists>("PersonalLists");
+  ExpectMade<qm_ordering::PreviousOrder>("PreviousOrder");
 }
 
 TEST_F(CreateObjectTest, TakesANameInAnyLetterCase) {

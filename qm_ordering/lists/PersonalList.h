@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "qm_ordering/foundation/ErrorInfo.h"
+#include "qm_ordering/foundation/LibraryObject.h"
+#include "qm_ordering/order/OrderItem.h"
+#include "qm_ordering/order/OrderItems.h"
+#include "qm_ordering/platform/value/Variant.h"
+
+namespace qm_ordering {
+
+class Database;
+
+// A named list of items that a user keeps for ordering again. Prices are no part of it.
+//
+// The error record shows the last failure: no member clears it but AddItem of a new line that succeeds. Read
+// it right after the call that is to be judged. Members raise the store's failure, and 7 where memory ends.
+class QM_ORDERING_API PersonalList : public LibraryObject {
+ public:
+  // Without a list: ListID is -1.
+  PersonalList();
+  ~PersonalList() override;
+
+  const char* ClassName() const noexcept override { return "PersonalList"; }
+
+  // The list's name, in memory: PersonalLists.RenameList changes the stored one.
+  const std::string& Name() const { return m_zName; }
+  void Name(std::string zvName) { m_zName = std::move(zvName); }
+  // The list's id in the store; -1: not set.
+  std::int32_t ListID() const { return m_lListID; }
+  void ListID(std::int32_t lvListID) { m_lListID = lvListID; }
+  // The items that were loaded and added. The setter takes the caller's collection, shared.
+  std::shared_ptr<qm_ordering::OrderItems> OrderItems() const { return m_oOrderItems; }
+  void OrderItems(const std::shared_ptr<qm_ordering::OrderItems>& ovOrderItems) {
+    m_oOrderItems = ovOrderItems;
+  }
+  // The last failure that a member put into the record; number 0 for none.
+  ErrorInfo Error() const { return m_oError; }
+
+  // A list id, below, is a number or a text that is one ("12", "1e2"; fractions round half to even), an empty
+  // value (0) or a boolean (-1, 0). Anything else is record 10, "Invalid list ID", and ListID stays as it is;
+  // a number out of range raises 6.
+
+  // Puts the item on the list vvListID: a new line, or its quantity added to the line of that item number,
+  // whose other fields stay. The item's OrderID becomes the list's id, and the item becomes a member of
+  // OrderItems; 457 is raised when that holds its item number already, with the line stored. vvListID must be
+  // given: without it the record is 9, "List ID not set", while ListID is -1, and 13 is raised otherwise.
+  // Raises 91 for a null item. A line that the store refuses (a list that is not there) is record 4.
+  void AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const Variant& vvListID = Variant::Missing());
+
+  // Reads the name of the list vvListID, or of ListID. Record 9 without either, record 11, "List not found",
+  // when there is no such list; Name stays as it is then.
+  void LoadSummary(const Variant& vvListID = Variant::Missing());
+
+  // Adds the stored lines of the list vvListID, or of ListID, to OrderItems, without prices. A list without
+  // lines is no error, also when there is no such list. Raises 457 for the first item number that OrderItems
+  // holds already: a second call on the same object.
+  void LoadItems(const Variant& vvListID = Variant::Missing());
+
+ private:
+  Database& Store();
+  bool TakeListID(const Variant& vvListID);
+
+  std::string m_zName;
+  std::int32_t m_lListID = -1;
+  std::shared_ptr<qm_ordering::OrderItems> m_oOrderItems;
+  ErrorInfo m_oError;
+  std::unique_ptr<Database> m_oStore;
+};
+
+}  // namespace qm_ordering

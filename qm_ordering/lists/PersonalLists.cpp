@@ -1,0 +1,139 @@
+#include "qm_ordering/lists/PersonalLists.h"
+
+#include <utility>
+#include <vector>
+
+#include "qm_ordering/foundation/Errors.h"
+#include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/foundation/UserSettingConstants.h"
+#include "qm_ordering/order/ItemElement.h"
+#include "qm_ordering/platform/file/Path.h"
+#include "qm_ordering/platform/file/WholeFile.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
+#include "qm_ordering/platform/xml/Document.h"
+#include "qm_ordering/store/Database.h"
+
+namespace qm_ordering {
+
+namespace {
+
+xml::Element ListElement(xml::Document& oDocument, const PersonalList& list) {
+  xml::Element element = oDocument.CreateElement("personallist");
+  element.SetAttribute("id", std::to_string(list.ListID()));
+  element.SetAttribute("name", list.Name());
+  return element;
+}
+
+}  // namespace
+
+PersonalLists::PersonalLists() = default;
+
+PersonalLists::~PersonalLists() = default;
+
+Database& PersonalLists::Store() {
+  if (m_oStore == nullptr) {
+    m_oStore = std::make_unique<Database>();
+  }
+  return *m_oStore;
+}
+
+std::string PersonalLists::GetName(std::int32_t lvListID) {
+  return OrOutOfMemory([&] {
+    std::string zName = Store().PersonalLists_GetName(lvListID);
+    m_oStoreError = Store().Error();
+    return zName;
+  });
+}
+
+bool PersonalLists::ListExists(const std::string& zvName) {
+  return OrOutOfMemory([&] {
+    const bool bExists = Store().PersonalLists_ListExists(zvName);
+    m_oStoreError = Store().Error();
+    return bExists;
+  });
+}
+
+std::int32_t PersonalLists::CreateList(const std::string& zvName) {
+  return OrOutOfMemory([&] {
+    const std::int32_t lListID = Store().PersonalLists_CreateList(zvName);
+    m_oStoreError = Store().Error();
+    return lListID;
+  });
+}
+
+bool PersonalLists::RenameList(std::int32_t lvListID, const std::string& zvNewListName) {
+  return OrOutOfMemory([&] {
+    const bool bRenamed = Store().PersonalLists_RenameList(lvListID, zvNewListName);
+    m_oStoreError = Store().Error();
+    return bRenamed;
+  });
+}
+
+void PersonalLists::RemoveList(std::int32_t lvListID) {
+  OrOutOfMemory([&] {
+    Store().PersonalLists_RemoveList(lvListID);
+    m_oStoreError = Store().Error();
+  });
+}
+
+bool PersonalLists::RemoveListByName(const std::string& zvListName) {
+  return OrOutOfMemory([&] {
+    const bool bRemoved = Store().PersonalLists_RemoveListByName(zvListName);
+    m_oStoreError = Store().Error();
+    return bRemoved;
+  });
+}
+
+void PersonalLists::LoadLists() {
+  OrOutOfMemory([&] {
+    const auto rows = Store().PersonalLists_GetLists();
+    m_oStoreError = Store().Error();
+    for (; !rows->AtEnd(); rows->MoveNext()) {
+      const auto oList = std::make_shared<PersonalList>();
+      oList->Name(rows->Fields("zName").Value().ToString());
+      oList->ListID(rows->Fields("lListID").Value().ToInteger());
+      m_oLists.Add(oList->ListID(), oList, "PersonalLists.LoadLists");
+    }
+  });
+}
+
+std::shared_ptr<PersonalList> PersonalLists::Item(std::int32_t lvListID) const {
+  return OrOutOfMemory([&] { return m_oLists.Item(lvListID, "PersonalLists.Item"); });
+}
+
+std::string PersonalLists::GetXML() const {
+  return OrOutOfMemory([&] {
+    xml::Document document;
+    xml::Element root = document.CreateElement("personallists");
+    for (const auto& oList : *this) {
+      root.AppendChild(ListElement(document, *oList));
+    }
+    document.AppendChild(root);
+    return document.XML();
+  });
+}
+
+void PersonalLists::SaveAsXML() {
+  try {
+    xml::Document document;
+    xml::Element root = document.CreateElement("personallists");
+    for (const auto& oList : *this) {
+      xml::Element element = ListElement(document, *oList);
+      // By the id that it has now, which a host may have changed.
+      const std::shared_ptr<PersonalList> oHeld = m_oLists.Item(oList->ListID(), "PersonalLists.SaveAsXML");
+      oHeld->LoadItems();
+      for (const auto& oItem : *oHeld->OrderItems()) {
+        element.AppendChild(ItemElement(document, *oItem));
+      }
+      root.AppendChild(element);
+    }
+    document.AppendChild(root);
+    file::ReplaceFile(
+        file::SystemPath(DatabasePath() + "\\PersonalLists.xml", UserSettingConstants::ORDERINGDATABASEPATH),
+        document.XML());
+  } catch (...) {
+    CatchFailure("PersonalLists.SaveAsXML");
+  }
+}
+
+}  // namespace qm_ordering

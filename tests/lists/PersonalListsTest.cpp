@@ -1,0 +1,191 @@
+#include "qm_ordering/lists/PersonalLists.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/RaisedNumber.h"
+#include "tests/support/StoreFixture.h"
+#include "tests/support/StrictXml.h"
+
+namespace {
+
+using qm_ordering::OrderItem;
+using qm_ordering::PersonalList;
+using qm_ordering::PersonalLists;
+using test::RaisedNumber;
+using test::Rows;
+namespace failure = qm_ordering::failure;
+
+class PersonalListsTest : public test::StoreFixture {
+ protected:
+  static void Add(std::int32_t lvListID, const std::string& zvItemNumber, const std::string& zvNotes = "") {
+    const auto oItem = std::make_shared<OrderItem>();
+    oItem->ItemNumber(zvItemNumber);
+    oItem->CustomerNotes(zvNotes);
+    oItem->Quantity(2);
+    PersonalList list;
+    list.AddItem(oItem, lvListID);
+    ASSERT_EQ(0, list.Error().Number) << list.Error().Description;
+  }
+
+  std::string File() const { return Folder.File("PersonalLists.xml"); }
+
+  static void Save() {
+    PersonalLists lists;
+    lists.LoadLists();
+    qm_ordering::ClearLastFailure();
+    lists.SaveAsXML();
+  }
+
+  PersonalLists Lists;
+};
+
+}  // namespace
+
+TEST_F(PersonalListsTest, OfAnEmptyStoreAreNoneAndAnEmptyElement) {
+  Lists.LoadLists();
+  EXPECT_EQ(0, Lists.Count());
+  EXPECT_EQ("<personallists/>", Lists.GetXML());
+  Save();
+  EXPECT_EQ("<personallists/>", test::ReadFile(File()));
+}
+
+TEST_F(PersonalListsTest, ComeByNameAndAreFoundByTheirIds) {
+  EXPECT_EQ(1, Lists.CreateList("b"));
+  EXPECT_EQ(2, Lists.CreateList("a"));
+  EXPECT_EQ(0, Lists.Count()) << "what is created is held by a new object";
+  PersonalLists loaded;
+  loaded.LoadLists();
+  std::string zNames;
+  for (const auto& oList : loaded.NewEnum()) {
+    zNames += oList->Name() + std::to_string(oList->ListID()) + " ";
+  }
+  EXPECT_EQ("a2 b1 ", zNames);
+  EXPECT_EQ("b", loaded.Item(1)->Name());
+  EXPECT_EQ(failure::kInvalidCall, RaisedNumber([&] { return loaded.Item(3); }));
+  EXPECT_EQ(
+      "<personallists><personallist id=\"2\" name=\"a\"/><personallist id=\"1\" name=\"b\"/></personallists>",
+      loaded.GetXML());
+}
+
+TEST_F(PersonalListsTest, PassTheStoresAnswersOn) {
+  EXPECT_EQ(1, Lists.CreateList("Tools"));
+  EXPECT_EQ(2, Lists.CreateList("Paint"));
+  EXPECT_EQ("Tools", Lists.GetName(1));
+  EXPECT_EQ("", Lists.GetName(7));
+  EXPECT_TRUE(Lists.ListExists("TOOLS"));
+  EXPECT_FALSE(Lists.ListExists("Nails"));
+  EXPECT_TRUE(Lists.RenameList(1, "Nails"));
+  EXPECT_FALSE(Lists.RenameList(2, "nails"));
+  EXPECT_EQ(3, Lists.CreateList("NAILS")) << "replaces the list of that name";
+  EXPECT_TRUE(Lists.RemoveListByName("paint"));
+  Lists.RemoveList(3);
+  EXPECT_EQ("0", Store.Value("select count(*) from tblPersonalList"));
+}
+
+TEST_F(PersonalListsTest, AnswerNothingWhereTheStoreFails) {
+  Store.Run("alter table tblPersonalList rename to gone");
+  EXPECT_EQ("", Lists.GetName(1));
+  EXPECT_FALSE(Lists.ListExists("a"));
+  EXPECT_EQ(0, Lists.CreateList("a"));
+  EXPECT_FALSE(Lists.RenameList(1, "a"));
+  Lists.RemoveList(1);
+  EXPECT_FALSE(Lists.RemoveListByName("a"));
+  EXPECT_EQ("Database.PersonalLists_RemoveListByName", qm_ordering::LastFailure().Operation);
+  EXPECT_EQ(failure::kStoreNoTable, RaisedNumber([&] {
+              Lists.LoadLists();
+              return 0;
+            }));
+}
+
+TEST_F(PersonalListsTest, RaiseWhenTheyAreLoadedTwice) {
+  Lists.CreateList("a");
+  Lists.LoadLists();
+  EXPECT_EQ(failure::kDuplicateKey, RaisedNumber([&] {
+              Lists.LoadLists();
+              return 0;
+            }));
+  EXPECT_EQ(1, Lists.Count());
+}
+
+TEST_F(PersonalListsTest, AreWrittenToTheFileWithTheirItems) {
+  const std::string zAwkward = "Bob's \"<\xC3\x89lite>\" \xF0\x9F\x94\xA7 & " + std::string(300, 'x');
+  Lists.CreateList(zAwkward);
+  Lists.CreateList("Empty");
+  Add(1, "A-1", "second\tline\nbreak");
+  Add(1, "B-2");
+  Save();
+  EXPECT_EQ(0, qm_ordering::LastFailure().Number) << qm_ordering::LastFailure().Description;
+  const test::XmlElement root = test::ReadStrictly(test::ReadFile(File()));
+  EXPECT_EQ("personallists", root.Name);
+  ASSERT_EQ(2U, root.Children.size());
+  EXPECT_EQ(zAwkward, root.Children[0].Attributes.at("name"));
+  EXPECT_EQ("1", root.Children[0].Attributes.at("id"));
+  ASSERT_EQ(2U, root.Children[0].Children.size());
+  EXPECT_EQ("orderitem", root.Children[0].Children[0].Name);
+  EXPECT_EQ("A-1", root.Children[0].Children[0].Attributes.at("itemnumber"));
+  EXPECT_EQ("second\tline\nbreak", root.Children[0].Children[0].Attributes.at("customernotes"));
+  EXPECT_EQ("2", root.Children[0].Children[0].Attributes.at("quantity"));
+  EXPECT_EQ("B-2", root.Children[0].Children[1].Attributes.at("itemnumber"));
+  EXPECT_EQ("Empty", root.Children[1].Attributes.at("name"));
+  EXPECT_TRUE(root.Children[1].Children.empty());
+  struct stat status {};
+  ASSERT_EQ(0, stat(File().c_str(), &status));
+  EXPECT_EQ(0600U, status.st_mode & 0777U);
+  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+}
+
+TEST_F(PersonalListsTest, AreWrittenOnceByAnObjectAndThenNotAnymore) {
+  Lists.CreateList("a");
+  Add(1, "A-1");
+  PersonalLists loaded;
+  loaded.LoadLists();
+  loaded.SaveAsXML();
+  const std::string zFirst = test::ReadFile(File());
+  Add(1, "B-2");
+  loaded.SaveAsXML();
+  EXPECT_EQ(failure::kDuplicateKey, qm_ordering::LastFailure().Number);
+  EXPECT_EQ("PersonalLists.SaveAsXML", qm_ordering::LastFailure().Operation);
+  EXPECT_EQ(zFirst, test::ReadFile(File()));
+}
+
+TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheyCannotBeWritten) {
+  test::WriteFile(File(), "the old one");
+  Lists.CreateList("a");
+  Add(1, "A-1");
+  Store.Run("update tblPersonalListItem set zCustomerNotes = 'x' || char(1)");
+  Save();
+  EXPECT_EQ(failure::kXmlCharacter, qm_ordering::LastFailure().Number);
+  EXPECT_EQ("the old one", test::ReadFile(File()));
+}
+
+TEST_F(PersonalListsTest, AreWrittenByTheIdThatTheHeldListHasNow) {
+  Lists.CreateList("a");
+  PersonalLists loaded;
+  loaded.LoadLists();
+  loaded.Item(1)->ListID(9);
+  loaded.SaveAsXML();
+  EXPECT_EQ(failure::kInvalidCall, qm_ordering::LastFailure().Number);
+  EXPECT_FALSE(std::filesystem::exists(File()));
+}
+
+TEST_F(PersonalListsTest, LeaveNothingBehindWhenTheFileCannotBeReplaced) {
+  std::filesystem::create_directories(File() + "/in the way");
+  Lists.CreateList("a");
+  Save();
+  EXPECT_EQ(failure::kFileAccess, qm_ordering::LastFailure().Number);
+  EXPECT_NE(std::string::npos, qm_ordering::LastFailure().Description.find(File()));
+  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+}
+
+TEST_F(PersonalListsTest, TakeTheWorkOfAKilledProgramOver) {
+  test::WriteFile(File() + ".tmp", std::string(100'000, 'x'));
+  Save();
+  EXPECT_EQ("<personallists/>", test::ReadFile(File()));
+  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+}
