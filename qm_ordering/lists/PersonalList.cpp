@@ -24,18 +24,6 @@ std::optional<std::int32_t> ListIDOf(const Variant& vvListID) {
   }
 }
 
-// Ends the live result set of the store at the end of the scope.
-class Reading {
- public:
-  explicit Reading(Database& store) : m_oStore(store) {}
-  ~Reading() { m_oStore.CloseConnection(); }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
- private:
-  Database& m_oStore;
-};
-
 std::shared_ptr<OrderItem> MakeLine(const ado::Recordset& rows) {
   const auto zText = [&](const char* zColumn) { return NullTo(rows.Fields(zColumn).Value(), "").ToString(); };
   const auto lNumber = [&](const char* zColumn) { return rows.Fields(zColumn).Value().ToInteger(); };
@@ -133,7 +121,7 @@ void PersonalList::LoadSummary(const Variant& vvListID) {
     if (!TakeListID(vvListID)) {
       return;
     }
-    const Reading reading(Store());
+    const Database::Reading reading(Store());
     const auto rows = Store().PersonalList_GetSummary(m_lListID);
     if (rows->AtBeginning() && rows->AtEnd()) {
       SetError(m_oError, OrderingError::errListNotFound, "");
@@ -148,7 +136,7 @@ void PersonalList::LoadItems(const Variant& vvListID) {
     if (!TakeListID(vvListID)) {
       return;
     }
-    const Reading reading(Store());
+    const Database::Reading reading(Store());
     const auto rows = Store().PersonalList_GetItems(m_lListID);
     for (; !rows->AtEnd(); rows->MoveNext()) {
       const std::shared_ptr<OrderItem> oItem = MakeLine(*rows);

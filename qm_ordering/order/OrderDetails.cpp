@@ -237,18 +237,6 @@ std::shared_ptr<OrderItem> MakeLine(const LineFields& fields, const std::string&
   return oItem;
 }
 
-// At its end the lines are read, or cannot be: their connection closes.
-class ReadingItems {
- public:
-  explicit ReadingItems(Database& store) : m_oStore(store) {}
-  ~ReadingItems() { m_oStore.CloseConnection(); }
-  ReadingItems(const ReadingItems&) = delete;
-  ReadingItems& operator=(const ReadingItems&) = delete;
-
- private:
-  Database& m_oStore;
-};
-
 std::int32_t AddQuantities(std::int32_t lvStored, std::int32_t lvAdded, const std::string& zvItemNumber) {
   std::int32_t lSum = 0;
   if (__builtin_add_overflow(lvStored, lvAdded, &lSum)) {
@@ -318,7 +306,7 @@ void OrderDetails::LoadSummary(bool bvIsLoadCurrent) {
 void OrderDetails::LoadItems(std::int32_t lvSortType, bool bvIsLoadCurrent, bool bvValidate) {
   OrOutOfMemory([&] {
     m_oOrderItems = std::make_shared<qm_ordering::OrderItems>();
-    const ReadingItems reading(Store());
+    const Database::Reading reading(Store());
     const auto rows = Store().OrderDetails_GetItems(m_lOrderID, lvSortType, bvIsLoadCurrent);
     m_bHasInvalidQuantities = false;
     const LineFields fields(*rows);

@@ -46,6 +46,18 @@ class Database {
     std::optional<ado::Transaction> m_oTransaction;
   };
 
+  // For who reads a live result set: at its end the set is read, or cannot be, and the connection closes.
+  class Reading {
+   public:
+    explicit Reading(Database& database) : m_oDatabase(database) {}
+    ~Reading() { m_oDatabase.CloseConnection(); }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+   private:
+    Database& m_oDatabase;
+  };
+
   Database() = default;
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
