@@ -224,6 +224,11 @@ TEST(Translator, RefusesWhatFollowsTheClosingSemicolon) {
   }
 }
 
+TEST(Translator, RefusesAClosingParenthesisWithoutAnOpeningOne) {
+  EXPECT_EQ(failure::kStoreCommand, Refusal("select count) from t where lNumber in (1, 2, 3)"));
+  EXPECT_EQ(failure::kStoreCommand, Refusal("select a from t where (lNumber = 1)) or (lNumber = 2"));
+}
+
 TEST(Translator, RefusesAnEmptyStatement) {
   for (const char* zSQL : {"", " ", ";", " ; ", ";;", "\r\n"}) {
     EXPECT_EQ(failure::kStoreCommand, Refusal(zSQL)) << '"' << zSQL << '"';

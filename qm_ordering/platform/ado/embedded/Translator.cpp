@@ -246,7 +246,9 @@ class Walk {
       if (m_lDepth == m_lListDepth) {
         m_lListDepth = -1;
       }
-      --m_lDepth;
+      if (--m_lDepth < 0) {
+        RaiseBadStatement("a closing parenthesis has no opening one");
+      }
       m_bInColumns = false;
     } else if (IsSign(token, ",") && m_bInValues && m_lDepth == 1) {
       ++m_lValue;
