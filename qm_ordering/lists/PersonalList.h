@@ -49,7 +49,8 @@ class QM_ORDERING_API PersonalList : public LibraryObject {
   // whose other fields stay. The item's OrderID becomes the list's id, and the item becomes a member of
   // OrderItems; 457 is raised when that holds its item number already, with the line stored. vvListID must be
   // given: without it the record is 9, "List ID not set", while ListID is -1, and 13 is raised otherwise.
-  // Raises 91 for a null item. A line that the store refuses (a list that is not there) is record 4.
+  // Raises 91 for a null item, and 6, with nothing stored, for more than a quantity holds. A line that the
+  // store refuses (a list that is not there) is record 4.
   void AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const Variant& vvListID = Variant::Missing());
 
   // Reads the name of the list vvListID, or of ListID. Record 9 without either, record 11, "List not found",

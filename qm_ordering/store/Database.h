@@ -194,7 +194,7 @@ class Database {
   // Unguarded.
   bool PersonalList_ItemExists(std::int32_t lvListID, const std::string& zvItemNumber);
 
-  // Unguarded. Adds to the stored quantity of a line. zvItemNumber is raw.
+  // Unguarded. Adds to the stored quantity of a line; 6 for a sum beyond 32 bits. zvItemNumber is raw.
   void PersonalList_IncrementQuantity(std::int32_t lvListID, const std::string& zvItemNumber,
                                       std::int32_t lvIncrement);
 

@@ -155,11 +155,20 @@ create view qryGetOrderItems as
 // Each change of a line adds up the lines of its order: from this index alone, without the lines themselves.
 // And it gives the lines of an order in the sequence in which they were entered, in which most programs show
 // them.
-constexpr const char* kOrderItemTotal = R"sql(
+//
+// The engine adds to a quantity in 64 bits: without the trigger, a sum beyond a quantity's 32 would be stored,
+// and its list could not be read again.
+constexpr const char* kSecond = R"sql(
 create index idxOrderItemTotal on tblOrderItem (lOrderID, lOrderEntered, cExtendedPrice);
+
+create trigger trgPersonalListQuantity before update of lQuantity on tblPersonalListItem
+  when new.lQuantity not between -2147483648 and 2147483647
+  begin
+    select raise(abort, 'overflow: the quantity would be more than a list can hold');
+  end;
 )sql";
 
-constexpr const char* kSteps[] = {kFirst, kOrderItemTotal};
+constexpr const char* kSteps[] = {kFirst, kSecond};
 
 }  // namespace
 

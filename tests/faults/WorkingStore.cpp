@@ -103,10 +103,11 @@ void MakeOrders(const std::string& zvBackup) {
   }
 }
 
-// As the library made it before it knew the index of the totals.
+// As the library made it at first.
 void MakeFirstSchema(const std::string& zvStore) {
   qm_ordering::ado::embedded::CloseIdleSessions();
-  StoreFile(zvStore).Run("drop index idxOrderItemTotal; pragma user_version = 1");
+  StoreFile(zvStore).Run(
+      "drop index idxOrderItemTotal; drop trigger trgPersonalListQuantity; pragma user_version = 1");
 }
 
 }  // namespace

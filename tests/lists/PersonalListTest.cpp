@@ -7,6 +7,7 @@
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/RaisedNumber.h"
 #include "tests/support/StoreFixture.h"
 
@@ -167,6 +168,16 @@ TEST_F(PersonalListTest, RaisesForAnItemThatItHoldsWithTheStoreUpdated) {
             }));
   EXPECT_EQ((Rows{{"5", "A-1", "7", ""}}), Lines());
   EXPECT_EQ(1, List.OrderItems()->Count());
+}
+
+TEST_F(PersonalListTest, RefusesMoreThanAQuantityHoldsAndCanStillBeLoaded) {
+  List.AddItem(NewItem("A-1", 2147483647), 5);
+  const qm_ordering::Failure refused = test::FailureOf([&] { PersonalList().AddItem(NewItem("A-1"), 5); });
+  EXPECT_EQ(failure::kOverflow, refused.Number());
+  EXPECT_EQ("Overflow: the quantity would be more than a list can hold.", refused.Description());
+  PersonalList loaded;
+  loaded.LoadItems(5);
+  EXPECT_EQ(2147483647, loaded.OrderItems()->Item("A-1")->Quantity());
 }
 
 TEST_F(PersonalListTest, WantsTheListNamedWithEveryItem) {

@@ -239,6 +239,21 @@ TEST_F(ListStatements, AnIncrementAddsToTheStoredQuantity) {
             }));
 }
 
+TEST_F(ListStatements, AnIncrementBeyondTheRangeOfQuantitiesIsAnOverflowAndStoresNothing) {
+  Database.PersonalLists_CreateList("Tools");
+  AddLine(1, "A-1", 2147483647);
+  AddLine(1, "B-2", -2147483647);
+  for (const auto& [zItem, lIncrement] : {std::pair{"A-1", 1}, {"B-2", -2}}) {
+    EXPECT_EQ(failure::kOverflow, test::RaisedNumber([&] {
+                Database.PersonalList_IncrementQuantity(1, zItem, lIncrement);
+                return 0;
+              }));
+  }
+  EXPECT_EQ((Rows{{"1", "A-1", "2147483647"}, {"1", "B-2", "-2147483647"}}), Lines());
+  Database.PersonalList_IncrementQuantity(1, "B-2", -1);
+  EXPECT_EQ((Rows{{"1", "A-1", "2147483647"}, {"1", "B-2", "-2147483648"}}), Lines());
+}
+
 TEST_F(ListStatements, ALineIsFoundByItsListAndItemNumber) {
   Database.PersonalLists_CreateList("Tools");
   AddLine(1, "A'1", 5);

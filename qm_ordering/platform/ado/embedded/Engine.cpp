@@ -11,6 +11,9 @@ namespace qm_ordering::ado::embedded {
 
 namespace {
 
+// A message of ours, or of a trigger of the schema, that begins so is an overflow.
+constexpr std::string_view kOverflowMark = "overflow: ";
+
 int CompareTexts(void*, int lvLeft, const void* pLeft, int lvRight, const void* pRight) {
   const std::string_view zLeft(static_cast<const char*>(pLeft), static_cast<std::size_t>(lvLeft));
   const std::string_view zRight(static_cast<const char*>(pRight), static_cast<std::size_t>(lvRight));
@@ -44,7 +47,7 @@ void EndSum(sqlite3_context* pContext) {
   if (const std::optional<Currency> cTotal = pSum->Total()) {
     sqlite3_result_int64(pContext, cTotal->Scaled());
   } else {
-    sqlite3_result_error(pContext, "integer overflow", -1);
+    sqlite3_result_error(pContext, "overflow: a sum is beyond the range of money", -1);
   }
 }
 
@@ -109,11 +112,11 @@ Failure EngineFailure(sqlite3* db, int lvResult, const std::string& zvPath) {
     return OutOfMemory();
   }
   const std::string zMessage = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(lvResult);
+  if (zMessage.starts_with(kOverflowMark)) {
+    return {failure::kOverflow, "Overflow: " + zMessage.substr(kOverflowMark.size()) + "."};
+  }
   switch (lPrimary) {
     case SQLITE_ERROR:
-      if (zMessage == "integer overflow") {
-        return {failure::kOverflow, "Overflow: a sum is beyond the range of money."};
-      }
       if (zMessage.starts_with("no such table")) {
         return {failure::kStoreNoTable, "The order store " + zvPath + ": " + zMessage + "."};
       }

@@ -49,8 +49,8 @@ inline constexpr const char* kTextCollation = "LETTERS";
 void AddTextCollation(sqlite3* db, const std::string& zvPath);
 
 // Puts a sum() in the place of the engine's own, which fails when it leaves the range on its way, so that it
-// depended on the order of the rows. This one fails ("integer overflow") when the sum itself is beyond it. It
-// takes whole numbers and nulls.
+// depended on the order of the rows. This one fails (6) when the sum itself is beyond it. It takes whole
+// numbers and nulls.
 void AddExactSum(sqlite3* db, const std::string& zvPath);
 
 StatementHandle PrepareQuery(sqlite3* db, const std::string& zvQuery, const std::string& zvPath);
