@@ -367,6 +367,43 @@ TEST_F(NamesOfLists, EveryItemNumberWithoutAQuoteIsAddedToAndAQuoteIsRefused) {
   EXPECT_GE(lRefused, 8) << "the names must try it";
 }
 
+// Of a line's texts, the shipping estimate alone stands in the statement as it is.
+TEST_F(NamesOfLists, ALineTakesEveryTextButAShippingEstimateWithAQuote) {
+  for (const std::string& zText : Names()) {
+    SCOPED_TRACE(Shown(zText));
+    Clear();
+    const std::int32_t lListID = All.CreateList("list");
+    const auto oItem = NewItem("A-1", 1);
+    oItem->Description(zText);
+    oItem->ShortDescription(zText);
+    oItem->Manufacturer(zText);
+    oItem->Model(zText);
+    oItem->CustomerPartNumber(zText);
+    oItem->CustomerNotes(zText);
+    PersonalList list;
+    list.AddItem(oItem, lListID);
+    EXPECT_EQ(0, list.Error().Number) << list.Error().Description;
+    PersonalList loaded;
+    loaded.LoadItems(lListID);
+    const auto oLine = loaded.OrderItems()->Item("A-1");
+    ASSERT_NE(nullptr, oLine);
+    EXPECT_EQ((Texts{zText, zText, zText, zText, zText, zText}),
+              (Texts{oLine->Description(), oLine->ShortDescription(), oLine->Manufacturer(), oLine->Model(),
+                     oLine->CustomerPartNumber(), oLine->CustomerNotes()}));
+
+    const auto oShips = NewItem("B-2", 1);
+    oShips->UsuallyShips(zText);
+    list.AddItem(oShips, lListID);
+    const bool bRefused = zText.find('\'') != std::string::npos;
+    EXPECT_EQ(bRefused ? "4 Order not loaded" : "0 ",
+              std::to_string(list.Error().Number) + " " + list.Error().Description);
+    EXPECT_EQ(bRefused, list.OrderItems()->Item("B-2") == nullptr);
+    EXPECT_EQ(bRefused ? Rows{} : (Rows{{zText}}),
+              Store.Query("select cast(zUsuallyShips as blob) from tblPersonalListItem "
+                          "where zItemNumber = 'B-2'"));
+  }
+}
+
 TEST_F(NamesOfLists, AnItemNumberInOtherLettersIsTheSameLine) {
   for (const auto& [zNumber, zAsked] : kSame) {
     SCOPED_TRACE(Shown(zNumber));
@@ -449,6 +486,9 @@ TEST_F(NamesOfLists, WhatXMLCannotHoldIsStoredAndKeepsTheOldFile) {
     EXPECT_EQ("the old one", test::ReadFile(File()));
     EXPECT_TRUE(All.RenameList(lListID, "a name"));
     EXPECT_FALSE(All.ListExists(zText));
+    EXPECT_TRUE(All.RenameList(lListID, zText));
+    EXPECT_EQ((Rows{{std::to_string(lListID), zText}}), Lists());
+    EXPECT_TRUE(All.RenameList(lListID, "a name"));
 
     // As an item number.
     EXPECT_EQ("0 ", Add(lListID, "A-1", 1));

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
+#include <locale.h>
+#include <wctype.h>
 
 #include <algorithm>
-#include <clocale>
 #include <cstdint>
 #include <cstdlib>
-#include <cwctype>
-#include <memory>
+#include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -116,7 +116,7 @@ class SubmittedHistory : public test::EnteredOrders {
     ExpectFoundByNumber();
   }
 
-  // The orders in the history, those that were removed from it, and the orders' ids in the tables.
+  // The orders in the history, and those that were removed from it; in the order of entry.
   std::vector<SourceOrder> Submitted;
   std::vector<SourceOrder> Removed;
 
@@ -253,7 +253,10 @@ class SubmittedHistory : public test::EnteredOrders {
     }
     EXPECT_EQ(Submitted.size(), ids.size());
     EXPECT_EQ(Submitted.size(), static_cast<std::size_t>(history.Count()));
-    EXPECT_TRUE(expected == listed);
+    ASSERT_EQ(expected.size(), listed.size());
+    for (std::size_t l = 0; l < expected.size(); ++l) {
+      ASSERT_EQ(expected[l], listed[l]) << "entry " << l + 1;
+    }
   }
 
   void ExpectXML(const OrderHistory& history) const {
@@ -306,8 +309,8 @@ class SubmittedHistory : public test::EnteredOrders {
     }
   }
 
-  // By the number as it is and in capitals; that the current order may have the number of the last one
-  // submitted makes no difference.
+  // By the number as it is and in capitals. The current order has the number of the order submitted last,
+  // from the order defaults, and must not be found by it.
   void ExpectFoundByNumber() const {
     std::set<std::wstring> numbers;
     for (const SourceOrder& source : Submitted) {
