@@ -4,6 +4,8 @@
 
 #include "host/Demo.h"
 #include "host/Errors.h"
+#include "host/HistoryCommands.h"
+#include "host/ListCommands.h"
 #include "host/NearestNames.h"
 #include "host/OrderCommands.h"
 #include "host/SettingsCommands.h"
@@ -79,8 +81,9 @@ CLI::Option* AddTexts(CLI::App& command, const std::string& zvName, std::vector<
 }
 
 bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command& chosen, int& lrExitCode) {
-  CLI::App app("Builds the order of a product catalogue: lines, header details, XML, submission.",
-               "qm-ordering");
+  CLI::App app(
+      "Builds the order of a product catalogue, and keeps lists and submitted orders for ordering again.",
+      "qm-ordering");
   app.footer(kFooter);
   app.require_subcommand(1);
   app.get_formatter()->label("REQUIRED", "(required)");
@@ -97,6 +100,8 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
   AddStoreCommands(app, chosen);
   AddSettingsCommands(app, chosen);
   AddOrderCommands(app, chosen);
+  AddListCommands(app, chosen);
+  AddHistoryCommands(app, chosen);
   AddDemo(app, chosen);
 
   try {

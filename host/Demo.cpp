@@ -15,9 +15,13 @@
 #include "host/Catalogue.h"
 #include "host/CommandLine.h"
 #include "host/Errors.h"
+#include "host/HistoryCommands.h"
+#include "host/ListCommands.h"
+#include "host/ListSession.h"
 #include "host/OrderCheck.h"
 #include "host/OrderReport.h"
 #include "host/Packs.h"
+#include "host/Reorder.h"
 #include "host/Text.h"
 #include "host/WholeFile.h"
 
@@ -35,6 +39,8 @@ struct DemoOptions {
 constexpr const char* kItemInPacks = "FX-2040";
 const std::vector<std::pair<const char*, std::int32_t>> kLines = {
     {"HT-1010", 2}, {kItemInPacks, 130}, {"SF-3020", 24}, {"SF-3050", 3}, {"CL-4010", 12}, {"PT-5020", 1}};
+
+constexpr const char* kList = "Halle 3";
 
 constexpr std::size_t kXmlLinesShown = 9;
 
@@ -184,8 +190,15 @@ void ExportXml(Context& context, const CurrentOrder& order, const std::string& z
   context.Out.Text(Shortened(zDocument) + "\nThe whole document: " + zvFile + "\n");
 }
 
+void KeepList(Context& context) {
+  Heading(context, "6. A list for ordering again", "lists from-order \"" + std::string(kList) + "\"");
+  KeepOrderAsList(context, kList, false);
+  context.Out.Text(ListText(*OpenList(context, kList)) + "\n$ qm-ordering lists export\n\n");
+  context.Out.Text("All lists, for other programs to read: " + ExportLists(*OpenLists(context)) + "\n");
+}
+
 void Submit(Context& context, CurrentOrder& order) {
-  Heading(context, "6. Submission", "order submit");
+  Heading(context, "7. Submission", "order submit");
   const std::int32_t lSubmitted = order.OrderDetails()->OrderID();
   order.SaveToHistory();
   CheckRecord(order.Error());
@@ -196,6 +209,20 @@ void Submit(Context& context, CurrentOrder& order) {
   context.Out.Text("Order " + std::to_string(lSubmitted) +
                    " is in the history. The next one has begun, with the details of the last filled in:\n\n" +
                    OrderText(*order.OrderDetails(), true));
+}
+
+void ShowHistory(Context& context) {
+  Heading(context, "8. The history", "history show");
+  OrderHistory history;
+  history.LoadOrders();
+  context.Out.Text(HistoryText(history));
+}
+
+void OrderAgain(Context& context, const std::string& zvCatalogueFile) {
+  Heading(context, "9. Ordering again",
+          "lists order \"" + std::string(kList) + "\" --catalogue catalogue.csv");
+  context.Out.Text("A list holds no prices: those of today come from the catalogue.\n\n");
+  ReorderList(context, *OpenList(context, kList), zvCatalogueFile);
 }
 
 void ShowWhereItIs(Context& context, const std::string& zvFolder, const std::string& zvCatalogue) {
@@ -218,8 +245,8 @@ int Run(Context& context, const DemoOptions& options) {
   const std::string zCatalogueFile = CatalogueFile(options);
   const std::string zFolder = MakeFolder();
   context.Out.Text(
-      "One order, from an empty store to its submission, in a temporary folder of its own. Below each\n"
-      "title stands the command that does the same.\n");
+      "One order, from an empty store to its submission, and a list that orders it again, in a temporary\n"
+      "folder of its own. Below each title stands the command that does the same.\n");
   MakeStore(context, zFolder);
   const Catalogue catalogue(zCatalogueFile, context.Out);
   CurrentOrder order;
@@ -228,7 +255,10 @@ int Run(Context& context, const DemoOptions& options) {
   CorrectQuantity(context, order);
   SetHeader(context, order);
   ExportXml(context, order, zFolder + "/order.xml");
+  KeepList(context);
   Submit(context, order);
+  ShowHistory(context);
+  OrderAgain(context, zCatalogueFile);
   ShowWhereItIs(context, zFolder, zCatalogueFile);
   return kGood;
 }
@@ -237,8 +267,8 @@ int Run(Context& context, const DemoOptions& options) {
 
 void AddDemo(CLI::App& app, Command& chosen) {
   auto options = std::make_shared<DemoOptions>();
-  CLI::App& demo =
-      *app.add_subcommand("demo", "Show all of it: one order from an empty store to its submission");
+  CLI::App& demo = *app.add_subcommand(
+      "demo", "Show all of it: one order from an empty store to its submission, and once again");
   demo.callback([&chosen, options] {
     chosen.Run = [options](Context& context) { return Run(context, *options); };
     chosen.MakesOwnSettings = true;

@@ -5,6 +5,7 @@
 
 #include "host/CardFile.h"
 #include "host/CommandLine.h"
+#include "host/Document.h"
 #include "host/Errors.h"
 #include "host/OrderCheck.h"
 #include "host/OrderHeaderCommands.h"
@@ -12,7 +13,6 @@
 #include "host/OrderReport.h"
 #include "host/OrderSession.h"
 #include "host/Text.h"
-#include "host/WholeFile.h"
 
 namespace host {
 
@@ -86,15 +86,7 @@ int Xml(Context& context, const XmlOptions& options) {
   if (!LoadCheckedLines(context, *oOrder, 0)) {
     return kNotGood;
   }
-  const std::string zDocument = oOrder->GetXML() + "\n";
-  if (options.Output.empty()) {
-    context.Out.Text(zDocument);
-    context.Out.Data({{"xml", oOrder->GetXML()}});
-    return kGood;
-  }
-  WriteWholeFile(options.Output, zDocument);
-  context.Out.Text("Wrote " + Shown(options.Output) + ", " + Counted(zDocument.size(), "byte") + "\n");
-  context.Out.Data({{"file", options.Output}, {"bytes", zDocument.size()}});
+  GiveDocument(context, oOrder->GetXML(), options.Output);
   return kGood;
 }
 

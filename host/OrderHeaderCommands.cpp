@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,9 +19,6 @@ namespace host {
 namespace {
 
 using namespace qm_ordering;
-
-// The number of the error record "Order not found".
-constexpr std::int32_t kOrderNotFound = 3;
 
 struct SetOptions {
   std::vector<std::string> Assignments;
@@ -72,30 +68,16 @@ int Set(Context& context, const SetOptions& options) {
   return kGood;
 }
 
-// A submitted order, if there is any: the orders before the current one are asked for, the last one first.
-std::optional<std::int32_t> FindSubmittedOrder(std::int32_t lvCurrentOrderID) {
-  OrderDetails order;
-  for (std::int32_t lOrderID = lvCurrentOrderID - 1; lOrderID > 0; --lOrderID) {
-    order.OrderID(lOrderID);
-    order.LoadSummary();
-    if (order.Error().Number == 0) {
-      return lOrderID;
-    }
-    if (order.Error().Number != kOrderNotFound) {
-      CheckRecord(order.Error());
-    }
-  }
-  return std::nullopt;
-}
-
 int ApplyRegistration(Context& context, const ApplyOptions& options) {
   const auto oOrder = OpenCurrentOrder(context);
   if (!options.Yes) {
-    if (const auto lSubmitted = FindSubmittedOrder(oOrder->OrderDetails()->OrderID())) {
-      throw UsageError(
-          "Order " + std::to_string(*lSubmitted) +
-          " is already submitted, and apply-registration rewrites the contact data of every order, "
-          "submitted ones included. Nothing was changed; --yes does it.");
+    OrderHistory history;
+    history.LoadOrders();
+    if (history.Count() > 0) {
+      throw UsageError("There " + std::string(history.Count() == 1 ? "is " : "are ") +
+                       Counted(static_cast<std::size_t>(history.Count()), "submitted order") +
+                       ", and apply-registration rewrites the contact data of every order, submitted ones "
+                       "included. Nothing was changed; --yes does it.");
     }
   }
   // Asked of the order itself: the record of CurrentOrder would tell of the reload alone.

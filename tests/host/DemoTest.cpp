@@ -35,19 +35,23 @@ TEST_F(HostDemo, GoesFromAnEmptyStoreToTheNextOrderAndKeepsItsFiles) {
   for (const std::string& zText : std::vector<std::string>{
            "* FX-2040: 130 is not a whole number of packs of 50; the nearest that fit are 100 or 150.",
            "150 instead of 130", "Champagne Lef\xC3\xA8vre & Fils", "<order orderid=\"1\"",
-           "Order 1 is in the history", "Order 2, the current order    PO number: PO-7    0 lines",
-           zFolder + "/Orders.mdb", "rm -r " + zFolder,
+           "List 1, \"Halle 3\"    6 items", zFolder + "/PersonalLists.xml", "Order 1 is in the history",
+           "9. Ordering again", "added 150       150    50  yes",
+           "Order 2, the current order    PO number: PO-7    0 lines", zFolder + "/Orders.mdb",
+           "rm -r " + zFolder,
            // The build folder's own copy, wherever an installation would put it.
            "Catalogue " +
                std::filesystem::path(test::HostProgramPath()).replace_filename("catalogue.csv").string()}) {
     EXPECT_NE(std::string::npos, run.Out.find(zText)) << zText;
   }
   EXPECT_EQ("order", test::ReadStrictly(test::ReadFile(zFolder + "/order.xml")).Name);
+  EXPECT_EQ("personallists", test::ReadStrictly(test::ReadFile(zFolder + "/PersonalLists.xml")).Name);
 
   const HostRun show = test::RunHost({"--json", "--settings", zFolder + "/settings.ini", "order", "show"});
   ASSERT_EQ(0, show.ExitCode) << show.Err;
   EXPECT_EQ(2, show.Data()["OrderID"]);
   EXPECT_EQ("Reims", show.Data()["DeliveryInformation"]["City"]);
+  EXPECT_EQ("579.125", show.Data()["TotalPrice"]);
   EXPECT_EQ(0, test::RunHost({"--settings", zFolder + "/settings.ini", "store", "check"}).ExitCode);
 }
 
