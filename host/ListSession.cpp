@@ -39,7 +39,7 @@ std::shared_ptr<PersonalList> FindListByName(const PersonalLists& lists, const s
 }
 
 std::shared_ptr<PersonalList> FindList(const PersonalLists& lists, const std::string& zvList) {
-  const auto oNamed = FindListByName(lists, zvList);
+  auto oNamed = FindListByName(lists, zvList);
   const auto lListID = ParseInteger(zvList);
   if (!lListID && oNamed != nullptr) {
     return oNamed;
