@@ -71,8 +71,9 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   std::string GetXML() const;
 
   // Loads the items of every held list and writes all of it to PersonalLists.xml in the folder of the store.
-  // The file is replaced as a whole and is on disk afterwards. A failure is silent and leaves the old file;
-  // LastFailure says why. A second call on the same object fails when a list has an item.
+  // The file is replaced as a whole and is on disk afterwards. A failure is silent and leaves the old file,
+  // or the whole new one where it strikes at the very end; LastFailure says why. A second call on the same
+  // object fails when a list has an item.
   void SaveAsXML();
 
  private:

@@ -210,3 +210,11 @@ TEST_F(PowerLoss, InTheMiddleOfARestoreLeavesTheOldStoreOrTheNew) {
 TEST_F(PowerLossFull, InTheMiddleOfARestoreLeavesTheOldStoreOrTheNew) {
   CutWithin("RestoreOrderStore", 1);
 }
+
+TEST_F(PowerLoss, InTheMiddleOfAnExportLeavesTheOldFileOfTheListsOrTheNew) {
+  CutWithin("SaveAsXML", 3);
+}
+
+TEST_F(PowerLossFull, InTheMiddleOfAnExportLeavesTheOldFileOfTheListsOrTheNew) {
+  CutWithin("SaveAsXML", 1);
+}

@@ -8,6 +8,8 @@
 
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/LibraryAccess.h"
 #include "qm_ordering/platform/ado/Connection.h"
@@ -31,6 +33,9 @@ using qm_ordering::ErrorInfo;
 using qm_ordering::LibraryAccess;
 using qm_ordering::OrderItem;
 using qm_ordering::OrderItems;
+using qm_ordering::PersonalList;
+using qm_ordering::PersonalLists;
+using Prepared = std::function<std::function<Outcome()>()>;
 
 // In memory where the system has a folder there: the tests make and remove thousands of stores.
 const bool g_bInMemory = std::filesystem::is_directory("/dev/shm") && setenv("TMPDIR", "/dev/shm", 1) == 0;
@@ -71,13 +76,47 @@ std::shared_ptr<CurrentOrder> LoadedOrder() {
 }
 
 // A call on the current order, its summary and lines loaded.
-std::function<std::function<Outcome()>()> OnOrder(std::function<Outcome(CurrentOrder&)> call) {
+Prepared OnOrder(std::function<Outcome(CurrentOrder&)> call) {
   return [call] { return [call, oOrder = LoadedOrder()] { return call(*oOrder); }; };
 }
 
-// A call that needs no object.
-std::function<std::function<Outcome()>()> Alone(std::function<Outcome()> call) {
-  return [call] { return call; };
+// A call that makes its own objects. It begins with a session at rest, as every other one.
+Prepared Alone(std::function<Outcome()> call) {
+  return [call] {
+    qm_ordering::OrderDetails().ItemCount();
+    return call;
+  };
+}
+
+std::string LinesText(const PersonalList& list) {
+  std::string zText = list.Name();
+  for (const auto& oItem : *list.OrderItems()) {
+    zText += "|" + oItem->GetXML();
+  }
+  return zText;
+}
+
+// A call on a list that is not loaded.
+Prepared OnList(std::function<void(PersonalList&)> call) {
+  return Alone([call] {
+    PersonalList list;
+    call(list);
+    return Recorded(list.Error(), LinesText(list));
+  });
+}
+
+// A call whose failure shows in LastFailure, and in an answer that is empty, 0 or false.
+template <typename Answer>
+Prepared OnLists(std::function<Answer(PersonalLists&)> call) {
+  return Alone([call] {
+    qm_ordering::ClearLastFailure();
+    PersonalLists lists;
+    const Answer answer = call(lists);
+    const bool bAnswered = answer != Answer();
+    const bool bFailed = qm_ordering::LastFailure().Number != 0;
+    return bAnswered == bFailed ? Outcome{"the answer does not say whether it failed", {}}
+                                : Swallowed(qm_ordering::Variant(answer).ToString());
+  });
 }
 
 void FillHeader(CurrentOrder& order, const std::string& zvMark) {
@@ -101,6 +140,19 @@ void MakeOrders(const std::string& zvBackup) {
       qm_ordering::BackupOrderStore(zvBackup);
     }
   }
+}
+
+// The file of the lists holds what there was when there was one list with one line.
+void MakeLists() {
+  PersonalLists lists;
+  const std::int32_t lTools = lists.CreateList("Tools");
+  PersonalList list;
+  list.AddItem(NewItem("A-1", 2, "1.25"), lTools);
+  PersonalLists exported;
+  exported.LoadLists();
+  exported.SaveAsXML();
+  list.AddItem(NewItem("B-2", 3, "10"), lTools);
+  list.AddItem(NewItem("C-3", 4, "2"), lists.CreateList("Paint"));
 }
 
 // As the library made it at first.
@@ -129,6 +181,7 @@ WorkingStore::WorkingStore() {
   qm_ordering::InstallSettings(qm_ordering::CreateFileSettings(zSettings));
   qm_ordering::CreateOrderStore(Folder());
   MakeOrders(Backup());
+  MakeLists();
   qm_ordering::ado::embedded::CloseIdleSessions();
   std::filesystem::rename(Folder(), Made());
   SetBack();
@@ -166,6 +219,7 @@ std::string WorkingStore::State() const {
     zState += "and a new store:\n";
     add(zNew);
   }
+  zState += "and the file of the lists:\n" + ReadFile(Folder() + "/PersonalLists.xml");
   return zState;
 }
 
@@ -317,6 +371,72 @@ std::vector<StoreCall> WorkingStore::Calls() const {
       {"OrderDetails_UpdateItem",
        Alone([] {
          Database().OrderDetails_UpdateItem("A-1", 4, Currency(), Currency(), true, true);
+         return Outcome{};
+       }),
+       {}},
+      {"CreateList", OnLists<std::int32_t>([](PersonalLists& lists) { return lists.CreateList("New"); }), {}},
+      {"CreateList in the place of another list",
+       OnLists<std::int32_t>([](PersonalLists& lists) { return lists.CreateList("tools"); }),
+       {}},
+      {"RenameList", OnLists<bool>([](PersonalLists& lists) { return lists.RenameList(1, "Saws"); }), {}},
+      {"RemoveList",
+       Alone([] {
+         qm_ordering::ClearLastFailure();
+         PersonalLists().RemoveList(1);
+         return Swallowed({});
+       }),
+       {}},
+      {"RemoveListByName",
+       OnLists<bool>([](PersonalLists& lists) { return lists.RemoveListByName("TOOLS"); }),
+       {}},
+      {"AddItem of a new line to a list",
+       OnList([](PersonalList& list) { list.AddItem(NewItem("D-4", 7, "3.5"), 1); }),
+       {}},
+      {"AddItem of more of a line to a list",
+       OnList([](PersonalList& list) { list.AddItem(NewItem("b-2", 7, "3.5"), 1); }),
+       {}},
+      {"reading a list",
+       OnList([](PersonalList& list) {
+         list.LoadSummary(1);
+         list.LoadItems();
+       }),
+       {}},
+      {"reading the lists",
+       OnLists<std::string>([](PersonalLists& lists) {
+         lists.LoadLists();
+         const std::string zName = lists.GetName(2);
+         const bool bThere = lists.ListExists("paint");
+         return bThere && !zName.empty() ? zName + lists.GetXML() : std::string();
+       }),
+       {}},
+      {"SaveAsXML",
+       [] {
+         const auto oLists = std::make_shared<PersonalLists>();
+         oLists->LoadLists();
+         return [oLists] {
+           qm_ordering::ClearLastFailure();
+           oLists->SaveAsXML();
+           return Swallowed({});
+         };
+       },
+       {}},
+      {"reading the history",
+       Alone([] {
+         qm_ordering::ClearLastFailure();
+         qm_ordering::OrderHistory history;
+         history.LoadOrders();
+         const std::string zExists = history.ItemExists("PO first").ToString();
+         std::string zOrders;
+         for (const auto& oOrder : history) {
+           oOrder->LoadSummary();
+           zOrders += oOrder->GetXML();
+         }
+         return Swallowed(zExists + history.GetXML() + zOrders);
+       }),
+       {}},
+      {"DeleteOrder",
+       Alone([] {
+         qm_ordering::OrderHistory().DeleteOrder(1);
          return Outcome{};
        }),
        {}},

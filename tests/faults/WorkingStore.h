@@ -31,7 +31,8 @@ struct StoreCall {
 Outcome OutcomeOf(const std::function<Outcome()>& call);
 
 // A folder with a store and a settings file that names it, which can be set back to how it was made: one
-// submitted order and the current one, with three lines each.
+// submitted order and the current one, with three lines each, and two personal lists, of which the file of
+// the lists holds the first with one line of two.
 class WorkingStore {
  public:
   WorkingStore();
@@ -51,12 +52,14 @@ class WorkingStore {
   // The folder of a store that is not there yet.
   std::string NewFolder() const { return Folder() + "/new/store"; }
 
-  // All that the store, the settings, the backup and the store in the new folder hold, as a text.
+  // All that the store, the settings, the backup, the store in the new folder and the file of the lists hold,
+  // as a text.
   std::string State() const;
   // The names of the files in the folder and those below it.
   std::vector<std::string> Files() const;
 
-  // Every call that reads or writes the store, makes, copies or replaces one, or saves the settings.
+  // Every call that reads or writes the store, makes, copies or replaces one, writes the file of the lists,
+  // or saves the settings.
   std::vector<StoreCall> Calls() const;
 
  private:

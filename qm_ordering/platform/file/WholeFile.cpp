@@ -47,8 +47,10 @@ bool LockAsNamed(int lvDescriptor, const std::string& zvTemporary, const std::st
   }
   struct stat open {};
   struct stat named {};
-  return fstat(lvDescriptor, &open) == 0 && stat(zvTemporary.c_str(), &named) == 0 &&
-         open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+  if (fstat(lvDescriptor, &open) != 0 || (stat(zvTemporary.c_str(), &named) != 0 && errno != ENOENT)) {
+    RaiseNotWritten(zvFile, errno);
+  }
+  return open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
 void WriteAll(int lvDescriptor, std::string_view zvContent, const std::string& zvFile) {
@@ -69,10 +71,10 @@ bool TryToReplace(const std::string& zvFile, const std::string& zvTemporary, std
   if (file.Number() < 0) {
     RaiseNotWritten(zvFile, errno);
   }
-  if (!LockAsNamed(file.Number(), zvTemporary, zvFile)) {
-    return false;
-  }
   try {
+    if (!LockAsNamed(file.Number(), zvTemporary, zvFile)) {
+      return false;
+    }
     // It may be what a killed program has left.
     if (ftruncate(file.Number(), 0) != 0) {
       RaiseNotWritten(zvFile, errno);
