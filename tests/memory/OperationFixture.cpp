@@ -8,6 +8,7 @@
 
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/settings/FileSettings.h"
 #include "tests/support/OrderFields.h"
@@ -25,10 +26,6 @@ namespace {
 
 // Longer than a string holds in itself, as most texts of a user are.
 const std::string kLong = " that is longer than what a string holds in itself";
-
-ErrorInfo RecordOf(const Operation& operation, const CurrentOrder& order) {
-  return operation.Creates ? order.OrderDetails()->Error() : order.Error();
-}
 
 std::string ValuesIn(const CurrentOrder& order) {
   return ToText(ValuesOf(*order.OrderDetails()));
@@ -79,6 +76,19 @@ void OperationFixture::FillStore() {
   EXPECT_EQ(order.Error(), ErrorInfo());
 }
 
+void OperationFixture::FillLists() {
+  FillStore();
+  qm_ordering::PersonalLists lists;
+  EXPECT_EQ(1, lists.CreateList("Tools"));
+  EXPECT_EQ(2, lists.CreateList("Paint" + kLong));
+  qm_ordering::PersonalList().AddItem(NewItem("4QX17", 8), 1);
+  qm_ordering::PersonalLists exported;
+  exported.LoadLists();
+  exported.SaveAsXML();
+  qm_ordering::PersonalList().AddItem(NewItem("4QX18", 8), 1);
+  qm_ordering::PersonalList().AddItem(NewItem("4QX18", 8), 2);
+}
+
 std::string OperationFixture::OldTotal() const {
   return "update tblOrder set cTotalPrice = " +
          Store.Value("select cTotalPrice from tblOrder where bIsCurrent = -1") + " where bIsCurrent = -1";
@@ -87,8 +97,11 @@ std::string OperationFixture::OldTotal() const {
 void OperationFixture::FailEach(const Operation& operation, std::int64_t lvWarmStride,
                                 std::int64_t lvColdStride) {
   CloseIdleSessions();
-  m_zAllRows = "select " + AllColumns("tblOrder") + " from tblOrder union all select " +
-               AllColumns("tblOrderItem") + " from tblOrderItem";
+  m_zAllRows.clear();
+  for (const char* zTable : {"tblOrder", "tblOrderItem", "tblPersonalList", "tblPersonalListItem"}) {
+    m_zAllRows +=
+        (m_zAllRows.empty() ? "select " : " union all select ") + AllColumns(zTable) + " from " + zTable;
+  }
   m_zStoreBefore = ReadFile(Store.Path());
   m_before = Now();
   LearnWhatIsRight(operation);
@@ -122,7 +135,24 @@ std::string OperationFixture::Rows() const {
 }
 
 OperationFixture::State OperationFixture::Now() const {
-  return {Rows(), ReadFile(SettingsFile())};
+  return {Rows(), ReadFile(SettingsFile()),
+          std::filesystem::exists(ListsFile()) ? ReadFile(ListsFile()) : std::string()};
+}
+
+ErrorInfo OperationFixture::RecordOf(const Operation& operation, const CurrentOrder& order) const {
+  return List ? List->Error() : operation.Creates ? order.OrderDetails()->Error() : order.Error();
+}
+
+// What the objects hold.
+std::string OperationFixture::Values(const CurrentOrder& order) const {
+  std::string zValues = ValuesIn(order);
+  if (List) {
+    zValues += List->Name();
+    for (const auto& oItem : *List->OrderItems()) {
+      zValues += oItem->GetXML();
+    }
+  }
+  return zValues;
 }
 
 void OperationFixture::Restore() const {
@@ -132,6 +162,9 @@ void OperationFixture::Restore() const {
   }
   WriteFile(Store.Path(), m_zStoreBefore);
   WriteFile(SettingsFile(), m_before.Settings);
+  if (!m_before.Lists.empty()) {
+    WriteFile(ListsFile(), m_before.Lists);
+  }
 }
 
 // Runs the operation as it should go, and makes the states that it may leave half-way.
@@ -142,8 +175,9 @@ void OperationFixture::LearnWhatIsRight(const Operation& operation) {
   }
   operation.Prepare(order, m_zAnswer)();
   ASSERT_EQ(RecordOf(operation, *order), ErrorInfo());
-  m_zAnswer += ValuesIn(*order);
+  m_zAnswer += Values(*order);
   order.reset();
+  List.reset();
   CloseIdleSessions();
   m_after = Now();
   m_allowed = {m_before, m_after};
@@ -154,8 +188,9 @@ void OperationFixture::LearnWhatIsRight(const Operation& operation) {
     if (!halfWay.Difference.empty()) {
       Store.Run(halfWay.Difference);
     }
-    m_allowed.push_back(
-        {Rows(), halfWay.Settings == HalfWay::From::Before ? m_before.Settings : m_after.Settings});
+    m_allowed.push_back({Rows(),
+                         halfWay.Settings == HalfWay::From::Before ? m_before.Settings : m_after.Settings,
+                         m_after.Lists});
   }
 }
 
@@ -190,6 +225,7 @@ bool OperationFixture::FailOne(const Operation& operation, Pool pool, Extent ext
     bFailed = failing.HasFailed();
   }
   Judge(operation, order, raised, zAnswer);
+  List.reset();
   return bFailed;
 }
 
@@ -208,12 +244,15 @@ void OperationFixture::Judge(const Operation& operation, std::optional<CurrentOr
     EXPECT_EQ(record.Number, 5);
     EXPECT_NE(record.Description.find("Out of memory"), std::string::npos) << record.Description;
   }
+  if (bTold && !raised && !operation.AnswerOfFailure.empty()) {
+    EXPECT_EQ(operation.AnswerOfFailure, zvAnswer);
+  }
   const State state = Now();
   if (bTold) {
     EXPECT_NE(std::ranges::find(m_allowed, state), m_allowed.end()) << testing::PrintToString(state);
   } else {
     EXPECT_EQ(state, m_after);
-    EXPECT_EQ(zvAnswer + ValuesIn(*order), m_zAnswer);
+    EXPECT_EQ(zvAnswer + Values(*order), m_zAnswer);
   }
   EXPECT_EQ(Leftovers(), "");
   const bool bUnchanged = state == m_before;
@@ -222,13 +261,12 @@ void OperationFixture::Judge(const Operation& operation, std::optional<CurrentOr
 }
 
 // With the same objects.
-void OperationFixture::GoOn(const Operation& operation, std::optional<CurrentOrder>& order,
-                            bool bvRepeat) const {
+void OperationFixture::GoOn(const Operation& operation, std::optional<CurrentOrder>& order, bool bvRepeat) {
   if (bvRepeat) {
     std::string zAnswer;
     operation.Prepare(order, zAnswer)();
     EXPECT_EQ(RecordOf(operation, *order), ErrorInfo());
-    EXPECT_EQ(zAnswer + ValuesIn(*order), m_zAnswer);
+    EXPECT_EQ(zAnswer + Values(*order), m_zAnswer);
     if (m_before != m_after) {
       EXPECT_EQ(Now(), m_after);
     }
@@ -257,8 +295,9 @@ void OperationFixture::GoOn(const Operation& operation, std::optional<CurrentOrd
 
 // What lies in the folder and should not.
 std::string OperationFixture::Leftovers() const {
-  static constexpr std::array<const char*, 5> kExpected = {"Orders.mdb", "Orders.mdb-wal", "Orders.mdb-shm",
-                                                           "settings.ini", "settings.ini.lock"};
+  static constexpr std::array<const char*, 6> kExpected = {"Orders.mdb",        "Orders.mdb-wal",
+                                                           "Orders.mdb-shm",    "settings.ini",
+                                                           "settings.ini.lock", "PersonalLists.xml"};
   std::string zLeft;
   for (const auto& entry : std::filesystem::directory_iterator(Folder.Path())) {
     const std::string zName = entry.path().filename();

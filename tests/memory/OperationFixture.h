@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "qm_ordering/foundation/ErrorInfo.h"
+#include "qm_ordering/lists/PersonalList.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/OrderItem.h"
 #include "qm_ordering/platform/value/Failure.h"
@@ -36,6 +37,8 @@ struct Operation {
   bool Swallows = false;
   // It makes the order object, which is there before every other operation.
   bool Creates = false;
+  // The answer that says that it failed, where there is one and nothing is raised; otherwise empty.
+  std::string AnswerOfFailure = {};
 };
 
 // Makes the allocations of an operation fail, one after the other, and looks at what becomes of it. The
@@ -48,6 +51,9 @@ class OperationFixture : public StoreFixture {
                                                          std::int32_t lvQuantity);
   // The current order with a full header and two lines, 4QX17 and 4QX18, eight of each.
   static void FillStore();
+  // That, and the lists 1, with the lines 4QX17 and 4QX18, and 2, with 4QX18. The file of the lists holds the
+  // first of these lines.
+  static void FillLists();
   // Puts the stored total of the current order back to what it is now.
   std::string OldTotal() const;
 
@@ -58,6 +64,9 @@ class OperationFixture : public StoreFixture {
   // does what it should, and from any other state the order goes on.
   void FailEach(const Operation& operation, std::int64_t lvWarmStride, std::int64_t lvColdStride);
 
+  // Of an operation on a list, which makes it when it is not there; its record is the operation's.
+  std::optional<qm_ordering::PersonalList> List;
+
  private:
   enum class Pool { Warm, Cold };
 
@@ -65,23 +74,29 @@ class OperationFixture : public StoreFixture {
   struct State {
     std::string Rows;
     std::string Settings;
+    std::string Lists;  // the exported ones
     bool operator==(const State&) const = default;
-    friend void PrintTo(const State& state, std::ostream* pOut) { *pOut << state.Rows << state.Settings; }
+    friend void PrintTo(const State& state, std::ostream* pOut) {
+      *pOut << state.Rows << state.Settings << state.Lists;
+    }
   };
 
   std::string SettingsFile() const { return Folder.File("settings.ini"); }
+  std::string ListsFile() const { return Folder.File("PersonalLists.xml"); }
   std::string AllColumns(const std::string& zvTable) const;
   std::string Rows() const;
   State Now() const;
+  qm_ordering::ErrorInfo RecordOf(const Operation& operation, const qm_ordering::CurrentOrder& order) const;
+  std::string Values(const qm_ordering::CurrentOrder& order) const;
   void Restore() const;
   void LearnWhatIsRight(const Operation& operation);
   bool FailOne(const Operation& operation, Pool pool, Extent extent, std::int64_t lvPosition);
   void Judge(const Operation& operation, std::optional<qm_ordering::CurrentOrder>& order,
              const std::optional<qm_ordering::Failure>& raised, const std::string& zvAnswer);
-  void GoOn(const Operation& operation, std::optional<qm_ordering::CurrentOrder>& order, bool bvRepeat) const;
+  void GoOn(const Operation& operation, std::optional<qm_ordering::CurrentOrder>& order, bool bvRepeat);
   std::string Leftovers() const;
 
-  std::string m_zAllRows;  // the query of all orders and lines
+  std::string m_zAllRows;  // the query of all orders, lists and lines
   std::string m_zStoreBefore;
   std::string m_zAnswer;
   State m_before;

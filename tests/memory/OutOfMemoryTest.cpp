@@ -9,6 +9,8 @@
 #include <string>
 
 #include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/OrderItems.h"
 #include "qm_ordering/platform/text/NumberFormat.h"
 #include "qm_ordering/registry/CreateObject.h"
@@ -25,6 +27,7 @@ namespace {
 using qm_ordering::Currency;
 using qm_ordering::CurrentOrder;
 using qm_ordering::OrderItems;
+using qm_ordering::PersonalLists;
 using test::Extent;
 using test::FailingAllocation;
 using test::HalfWay;
@@ -197,11 +200,132 @@ class OutOfMemory : public test::OperationFixture, public testing::WithParamInte
             .Swallows = true};
   }
 
+  // One that replaces a list, and so does what adding one does, too.
+  Operation CreateList() {
+    return OnLists([](PersonalLists& lists,
+                      const std::string& zvName) { return std::to_string(lists.CreateList(zvName)); },
+                   "TOOLS", "0");
+  }
+
+  Operation RenameList() {
+    return OnLists(
+        [](PersonalLists& lists, const std::string& zvName) {
+          return std::string(lists.RenameList(1, zvName) ? "yes" : "no");
+        },
+        "Another name, of some length", "no");
+  }
+
+  Operation RemoveList() {
+    return OnLists([](PersonalLists& lists, const std::string&) {
+      lists.RemoveList(1);
+      return std::string();
+    });
+  }
+
+  Operation RemoveListByName() {
+    return OnLists(
+        [](PersonalLists& lists, const std::string& zvName) {
+          return std::string(lists.RemoveListByName(zvName) ? "yes" : "no");
+        },
+        "TOOLS", "no");
+  }
+
+  Operation LoadLists() {
+    return OnLists(
+        [](PersonalLists& lists, const std::string& zvName) {
+          lists.LoadLists();
+          lists.GetName(2);
+          lists.ListExists(zvName);
+          return lists.GetXML();
+        },
+        "A name that no list has at all");
+  }
+
+  Operation SaveAsXML() {
+    return OnLists([](PersonalLists& lists, const std::string&) {
+      lists.LoadLists();
+      lists.SaveAsXML();
+      return std::string();
+    });
+  }
+
+  Operation AddItemToAListOfANewLine() { return AddItemToAList("new"); }
+
+  Operation AddItemToAListOfAnExistingLine() { return AddItemToAList("4qx18"); }
+
+  Operation LoadList() {
+    FillLists();
+    return {.Prepare = [this](Order&, std::string&) {
+      if (!List) {
+        List.emplace();
+      }
+      List->OrderItems(std::make_shared<OrderItems>());
+      return [this] {
+        List->LoadSummary(1);
+        List->LoadItems();
+      };
+    }};
+  }
+
+  Operation LoadHistory() {
+    FillHistory();
+    return {.Prepare =
+                [](Order&, std::string& zrAnswer) {
+                  return [&zrAnswer, zNumber = std::string("A number that no order has at all")] {
+                    qm_ordering::OrderHistory history;
+                    history.LoadOrders();
+                    history.ItemExists(zNumber);
+                    history.Item(1)->LoadSummary();
+                    zrAnswer = history.GetXML();
+                  };
+                },
+            .Swallows = true};
+  }
+
+  Operation DeleteOrder() {
+    FillHistory();
+    return {
+        .Prepare = [](Order&, std::string&) { return [] { qm_ordering::OrderHistory().DeleteOrder(1); }; }};
+  }
+
   void FailEach(const Operation& operation, std::int64_t lvWarmStride, std::int64_t lvColdStride) {
     // The signs of its amounts must be converted from the locale's characters.
     const test::EnvironmentScope path("LOCPATH", QM_ORDERING_LOCALES);
     const test::EnvironmentScope locale("LC_ALL", "de_DE.UTF-8");
     OperationFixture::FailEach(operation, lvWarmStride, lvColdStride);
+  }
+
+ private:
+  // The answer is made by the call, of what the library gives it and of no memory.
+  template <typename Call>
+  static Operation OnLists(Call call, const std::string& zvName = {},
+                           const std::string& zvAnswerOfFailure = {}) {
+    FillLists();
+    return {.Prepare =
+                [call, zvName](Order&, std::string& zrAnswer) {
+                  return [call, zvName, &zrAnswer] {
+                    PersonalLists lists;
+                    zrAnswer = call(lists, zvName);
+                  };
+                },
+            .Swallows = true,
+            .AnswerOfFailure = zvAnswerOfFailure};
+  }
+
+  Operation AddItemToAList(const std::string& zvItemNumber) {
+    FillLists();
+    return {.Prepare = [this, zvItemNumber](Order&, std::string&) {
+      if (!List) {
+        List.emplace();
+      }
+      return [this, oItem = NewItem(zvItemNumber, 4)] { List->AddItem(oItem, 1); };
+    }};
+  }
+
+  static void FillHistory() {
+    FillStore();
+    CurrentOrder().SaveToHistory();
+    FillStore();
   }
 };
 
@@ -222,7 +346,18 @@ const auto kOperations = testing::Values(
     NamedOperation{"ApplyRegistrationSettings", &OutOfMemory::ApplyRegistrationSettings},
     NamedOperation{"GetXML", &OutOfMemory::GetXML}, NamedOperation{"StartUp", &OutOfMemory::StartUp},
     NamedOperation{"CheckOrderStore", &OutOfMemory::CheckOrderStore},
-    NamedOperation{"CreateObject", &OutOfMemory::CreateObject});
+    NamedOperation{"CreateObject", &OutOfMemory::CreateObject},
+    NamedOperation{"CreateList", &OutOfMemory::CreateList},
+    NamedOperation{"RenameList", &OutOfMemory::RenameList},
+    NamedOperation{"RemoveList", &OutOfMemory::RemoveList},
+    NamedOperation{"RemoveListByName", &OutOfMemory::RemoveListByName},
+    NamedOperation{"LoadLists", &OutOfMemory::LoadLists},
+    NamedOperation{"SaveAsXML", &OutOfMemory::SaveAsXML},
+    NamedOperation{"AddItemToAListOfANewLine", &OutOfMemory::AddItemToAListOfANewLine},
+    NamedOperation{"AddItemToAListOfAnExistingLine", &OutOfMemory::AddItemToAListOfAnExistingLine},
+    NamedOperation{"LoadList", &OutOfMemory::LoadList},
+    NamedOperation{"LoadHistory", &OutOfMemory::LoadHistory},
+    NamedOperation{"DeleteOrder", &OutOfMemory::DeleteOrder});
 
 std::string NameOf(const testing::TestParamInfo<NamedOperation>& info) {
   return info.param.Name;
