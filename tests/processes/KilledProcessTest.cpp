@@ -61,13 +61,17 @@ struct Counts {
   int LogsAfterACheckpoint = 0;
   int ChecksByTheHost = 0;
   int Calls = 0;
+  int InAnExport = 0;
+  int Temporaries = 0;
 
   void Print(unsigned lvSeed) const {
     std::printf(
         "seed: %u\nkills: %d\nkills in a call: %d\nkills that left a half-way state: %d\nkills that left a "
         "log: %d\n  of a mebibyte: %d\n  begun anew after a checkpoint: %d\nacknowledged calls: %d\nchecks "
-        "by the host program: %d\n",
-        lvSeed, Kills, InACall, HalfWay, Logs, LogsOfAMebibyte, LogsAfterACheckpoint, Calls, ChecksByTheHost);
+        "by the host program: %d\nkills in an export of the lists: %d\nkills that left its temporary file: "
+        "%d\n",
+        lvSeed, Kills, InACall, HalfWay, Logs, LogsOfAMebibyte, LogsAfterACheckpoint, Calls, ChecksByTheHost,
+        InAnExport, Temporaries);
   }
 };
 
@@ -158,11 +162,21 @@ class KilledProcess : public testing::Test {
       Change(values.Make(Call::Kind::Clear));
       // Five lines; a call on stored lines is on these, and an update removes one and changes the others.
       Call call = values.Make(kind);
+      // The list of the call has the lines, too; the list that it may be renamed to is not there.
+      const bool bOnList = kind >= Call::Kind::CreateList;
+      if (bOnList) {
+        call.NewName = call.NewName.empty() ? "" : "New";
+        Change({.What = Call::Kind::RemoveListByName, .Text = "New"});
+        Change({.What = Call::Kind::CreateList, .Text = call.Text});
+      }
       Call lines;
       for (int i = 0; i < 5; ++i) {
         Call add = values.Make(Call::Kind::Add);
         add.Items.front().Number = "A" + std::to_string(2 * i);
         Change(add);
+        if (bOnList) {
+          Change({.What = Call::Kind::AddToList, .Items = add.Items, .Text = call.Text});
+        }
         lines.Items.push_back(add.Items.front());
         lines.Items.back().Quantity = i;
       }
@@ -170,6 +184,9 @@ class KilledProcess : public testing::Test {
         call.Items = lines.Items;
       } else if (kind == Call::Kind::Remove) {
         call.Items.front().Number = lines.Items.front().Number;
+      } else if (kind == Call::Kind::DeleteOrder) {
+        Change(values.Make(Call::Kind::Submit));
+        call.OrderID = m_oModel.LastSubmitted();
       }
       if (DiesInChange(call, lNth)) {
         ++Count.Kills;
@@ -236,6 +253,7 @@ class KilledProcess : public testing::Test {
     if (m_lBegun > m_lDone) {
       ++Count.InACall;
       const Call call = calls.Next();
+      Count.InAnExport += call.What == Call::Kind::ExportLists;
       Compare(m_oModel.Passes(call), call.Describe());
     } else {
       Compare({m_oModel}, "no call");
@@ -258,6 +276,12 @@ class KilledProcess : public testing::Test {
     }
     m_oModel = *state;
     EXPECT_EQ(m_oModel.Findings(), zFindings) << zvInFlight;
+    if (const std::string zTemporary = Shared->ListsPath() + ".tmp"; std::filesystem::exists(zTemporary)) {
+      ++Count.Temporaries;
+      Change({.What = Call::Kind::ExportLists});
+      EXPECT_FALSE(std::filesystem::exists(zTemporary));
+      EXPECT_EQ(m_oModel.Describe(), StoreModel::DescribeStored(*Shared));
+    }
     if (m_oModel.Findings().empty()) {
       return;
     }
@@ -310,21 +334,26 @@ TEST_F(KilledProcessFull, LosesAndDoublesNothing) {
   EXPECT_LT(0, Count.HalfWay);
   EXPECT_LT(0, Count.LogsOfAMebibyte);
   EXPECT_LT(0, Count.LogsAfterACheckpoint);
+  EXPECT_LT(0, Count.InAnExport);
   EXPECT_EQ(20, Count.ChecksByTheHost);
 }
 
 TEST_F(KilledProcess, InAnyChangeOfAFileLeavesACallDoneNotOrHalfWay) {
   BeginStore(true);
-  const int lKills = KillInEveryChange(Call::Kind::Add, test::Seed());
-  std::printf("kills: %d\n", lKills);
-  EXPECT_LT(2, lKills);
+  for (const auto kind : {Call::Kind::Add, Call::Kind::RemoveList}) {
+    const int lKills = KillInEveryChange(kind, test::Seed());
+    std::printf("kills: %d\n", lKills);
+    EXPECT_LT(2, lKills);
+  }
   EXPECT_LT(0, Count.HalfWay);
 }
 
 TEST_F(KilledProcessFull, InAnyChangeOfAFileLeavesACallDoneNotOrHalfWay) {
   BeginStore(true);
-  for (const auto kind : {Call::Kind::Add, Call::Kind::Update, Call::Kind::Remove, Call::Kind::Clear,
-                          Call::Kind::SaveSummary, Call::Kind::SavePONumber, Call::Kind::Submit}) {
+  for (const auto kind :
+       {Call::Kind::Add, Call::Kind::Update, Call::Kind::Remove, Call::Kind::Clear, Call::Kind::SaveSummary,
+        Call::Kind::SavePONumber, Call::Kind::Submit, Call::Kind::DeleteOrder, Call::Kind::CreateList,
+        Call::Kind::RenameList, Call::Kind::RemoveList, Call::Kind::AddToList}) {
     Call named;
     named.What = kind;
     SCOPED_TRACE(named.Describe());

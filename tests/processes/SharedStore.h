@@ -30,6 +30,7 @@ class SharedStore {
 
   const StoreFile& Store() const { return m_oStore; }
   std::string LogPath() const { return m_oStore.Path() + "-wal"; }
+  std::string ListsPath() const { return m_oFolder.File("PersonalLists.xml"); }
   std::string SettingsPath() const { return m_oFolder.File("settings.ini"); }
   // What is kept under the key as a default of the next order.
   std::string Default(const std::string& zvKey) const;

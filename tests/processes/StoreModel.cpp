@@ -1,9 +1,15 @@
 #include "tests/processes/StoreModel.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 
+#include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/lists/PersonalLists.h"
+#include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/StrictXml.h"
 
 namespace test {
 
@@ -13,6 +19,7 @@ namespace keys = qm_ordering::UserSettingConstants;
 using qm_ordering::Currency;
 
 constexpr std::size_t kItems = 12;
+constexpr std::size_t kLists = 4;
 constexpr std::size_t kLongNotes = 40000;
 
 void Require(const qm_ordering::ErrorInfo& error) {
@@ -39,6 +46,18 @@ std::string DescribeDefaults(const std::string& zvNumber, const std::string& zvC
   return "defaults: number \"" + zvNumber + "\", city \"" + zvCity + "\"";
 }
 
+// The list's id; 0, which is none's, when there is no such list.
+std::int32_t ListIDOf(const std::string& zvName) {
+  qm_ordering::PersonalLists lists;
+  lists.LoadLists();
+  for (const auto& oList : lists) {
+    if (oList->Name() == zvName) {
+      return oList->ListID();
+    }
+  }
+  return 0;
+}
+
 std::shared_ptr<qm_ordering::OrderItem> ToItem(const Call::Item& item) {
   return NewItem(item.Number, item.Quantity, item.Price, item.Notes);
 }
@@ -46,13 +65,29 @@ std::shared_ptr<qm_ordering::OrderItem> ToItem(const Call::Item& item) {
 }  // namespace
 
 std::string Call::Describe() const {
-  static constexpr const char* kNames[] = {"load",  "add",          "update",         "remove",
-                                           "clear", "save summary", "save PO number", "submit"};
+  static constexpr const char* kNames[] = {"load",
+                                           "add",
+                                           "update",
+                                           "remove",
+                                           "clear",
+                                           "save summary",
+                                           "save PO number",
+                                           "submit",
+                                           "delete order",
+                                           "create list",
+                                           "rename list",
+                                           "remove list",
+                                           "remove list by name",
+                                           "add to list",
+                                           "export lists"};
   std::string zText = kNames[static_cast<int>(What)];
   for (const Item& item : Items) {
     zText += " " + item.Number + " " + std::to_string(item.Quantity) + " x " + std::to_string(item.Price);
   }
-  return zText + (Text.empty() ? "" : " \"" + Text + "\"");
+  for (const std::string& zPart : {Text, NewName}) {
+    zText += zPart.empty() ? "" : " \"" + zPart + "\"";
+  }
+  return zText + (OrderID == 0 ? "" : " " + std::to_string(OrderID));
 }
 
 Call::Item CallSequence::RandomItem() {
@@ -62,6 +97,10 @@ Call::Item CallSequence::RandomItem() {
   item.Price = static_cast<std::int64_t>(Pick(3000000)) - 100000;
   item.Notes = m_bLongNotes ? kLongNotes + Pick(kLongNotes) : Pick(200);
   return item;
+}
+
+std::string CallSequence::RandomList() {
+  return "L" + std::to_string(Pick(kLists));
 }
 
 Call CallSequence::Make(Call::Kind kind) {
@@ -85,6 +124,23 @@ Call CallSequence::Make(Call::Kind kind) {
     case Call::Kind::SavePONumber:
       call.Text = "call " + std::to_string(m_lCalls) + " of " + std::to_string(m_oRandom());
       break;
+    case Call::Kind::DeleteOrder:
+      call.OrderID = 1 + static_cast<int>(Pick(kItems));
+      break;
+    case Call::Kind::AddToList:
+      call.Items.push_back(RandomItem());
+      call.Items.back().Notes = Pick(2000);
+      call.Text = RandomList();
+      break;
+    case Call::Kind::RenameList:
+      call.NewName = RandomList();
+      call.Text = RandomList();
+      break;
+    case Call::Kind::CreateList:
+    case Call::Kind::RemoveList:
+    case Call::Kind::RemoveListByName:
+      call.Text = RandomList();
+      break;
     default:
       break;
   }
@@ -97,7 +153,16 @@ Call CallSequence::Next() {
     m_bLoad = false;
     return Make(Call::Kind::Load);
   }
-  const std::size_t lPick = Pick(24);
+  static constexpr Call::Kind kOnLists[] = {
+      Call::Kind::AddToList,   Call::Kind::AddToList,   Call::Kind::AddToList,
+      Call::Kind::AddToList,   Call::Kind::CreateList,  Call::Kind::CreateList,
+      Call::Kind::RenameList,  Call::Kind::RemoveList,  Call::Kind::RemoveListByName,
+      Call::Kind::ExportLists, Call::Kind::ExportLists, Call::Kind::DeleteOrder};
+  constexpr std::size_t lOnOrder = 24;
+  const std::size_t lPick = Pick(lOnOrder + std::size(kOnLists));
+  if (lPick >= lOnOrder) {
+    return Make(kOnLists[lPick - lOnOrder]);
+  }
   if (lPick == 0) {
     m_bLoad = true;
     return Make(Call::Kind::Submit);
@@ -116,6 +181,8 @@ Call CallSequence::Next() {
 
 void Make(qm_ordering::CurrentOrder& order, const Call& call) {
   const auto oDetails = order.OrderDetails();
+  qm_ordering::PersonalLists lists;
+  qm_ordering::ClearLastFailure();
   switch (call.What) {
     case Call::Kind::Load:
       order.LoadSummary();
@@ -149,8 +216,39 @@ void Make(qm_ordering::CurrentOrder& order, const Call& call) {
     case Call::Kind::Submit:
       order.SaveToHistory();
       break;
+    case Call::Kind::DeleteOrder:
+      qm_ordering::OrderHistory().DeleteOrder(call.OrderID);
+      break;
+    case Call::Kind::CreateList:
+      lists.CreateList(call.Text);
+      break;
+    case Call::Kind::RenameList:
+      if (!lists.RenameList(ListIDOf(call.Text), call.NewName) &&
+          qm_ordering::LastFailure().Number == qm_ordering::failure::kStoreCommand) {
+        qm_ordering::ClearLastFailure();
+      }
+      break;
+    case Call::Kind::RemoveList:
+      lists.RemoveList(ListIDOf(call.Text));
+      break;
+    case Call::Kind::RemoveListByName:
+      lists.RemoveListByName(call.Text);
+      break;
+    case Call::Kind::AddToList:
+      if (const std::int32_t lListID = ListIDOf(call.Text)) {
+        qm_ordering::PersonalList list;
+        list.AddItem(ToItem(call.Items.front()), lListID);
+        Require(list.Error());
+      }
+      break;
+    case Call::Kind::ExportLists:
+      lists.LoadLists();
+      lists.SaveAsXML();
+      break;
   }
   Require(order.Error());
+  const qm_ordering::LastFailureInfo swallowed = qm_ordering::LastFailure();
+  Require({swallowed.Number, swallowed.Description});
 }
 
 std::vector<StoreModel::Line>::iterator StoreModel::Order::Find(const std::string& zvItem) {
@@ -178,7 +276,7 @@ StoreModel::Order& StoreModel::Current() {
 }
 
 void StoreModel::CreateCurrent() {
-  Order& order = m_oOrders[m_oOrders.empty() ? 1 : m_oOrders.rbegin()->first + 1];
+  Order& order = m_oOrders[++m_lLastOrder];
   order.Number = m_zDefaultNumber;
   order.City = m_zDefaultCity;
 }
@@ -237,8 +335,52 @@ bool StoreModel::Write(const Call& call, int lvStep) {
         CreateCurrent();
       }
       return lvStep < 2;
+    case Call::Kind::DeleteOrder:
+      std::erase_if(m_oOrders,
+                    [&](const auto& entry) { return entry.first == call.OrderID && !entry.second.Current; });
+      return lvStep < 1;
+    default:
+      WriteList(call);
+      return lvStep < 1;
   }
-  return false;
+}
+
+StoreModel::Lists::iterator StoreModel::FindList(const std::string& zvName) {
+  return std::ranges::find_if(m_oLists, [&](const auto& entry) { return entry.second.Name == zvName; });
+}
+
+// Each of these writes by one statement, or as one unit.
+void StoreModel::WriteList(const Call& call) {
+  const auto list = FindList(call.Text);
+  switch (call.What) {
+    case Call::Kind::CreateList:
+      if (list != m_oLists.end()) {
+        m_oLists.erase(list);
+      }
+      m_oLists[++m_lLastList].Name = call.Text;
+      break;
+    case Call::Kind::RenameList:
+      if (list != m_oLists.end() && FindList(call.NewName) == m_oLists.end()) {
+        list->second.Name = call.NewName;
+      }
+      break;
+    case Call::Kind::RemoveList:
+    case Call::Kind::RemoveListByName:
+      if (list != m_oLists.end()) {
+        m_oLists.erase(list);
+      }
+      break;
+    case Call::Kind::AddToList:
+      if (list != m_oLists.end()) {
+        const Call::Item& item = call.Items.front();
+        const auto [line, bNew] = list->second.Lines.try_emplace(item.Number, ListLine{0, item.Notes});
+        line->second.Quantity += item.Quantity;
+      }
+      break;
+    default:
+      m_oExported = m_oLists;
+      break;
+  }
 }
 
 bool StoreModel::WriteAdd(const Call& call, int lvStep) {
@@ -288,7 +430,49 @@ Texts StoreModel::Describe() const {
     }
   }
   zTexts.push_back(DescribeDefaults(m_zDefaultNumber, m_zDefaultCity));
+  std::ranges::copy(DescribeLists("stored", m_oLists), std::back_inserter(zTexts));
+  if (m_oExported) {
+    std::ranges::copy(DescribeLists("exported", *m_oExported), std::back_inserter(zTexts));
+  }
   return zTexts;
+}
+
+Texts StoreModel::DescribeLists(const char* zvWhere, const Lists& lists) {
+  Texts zTexts = {std::string(zvWhere) + " lists: " + std::to_string(lists.size())};
+  for (const auto& [lListID, list] : lists) {
+    zTexts.push_back("list " + std::to_string(lListID) + " \"" + list.Name + "\"");
+    for (const auto& [zItem, line] : list.Lines) {
+      zTexts.push_back("  " + zItem + ", " + std::to_string(line.Quantity) + ", notes of " +
+                       std::to_string(line.Notes));
+    }
+  }
+  return zTexts;
+}
+
+StoreModel::Lists StoreModel::StoredLists(const SharedStore& shared) {
+  Lists lists;
+  for (const Row& row : shared.Store().Query("select lListID, zName from tblPersonalList")) {
+    lists[std::stoi(row[0])].Name = row[1];
+  }
+  for (const Row& row : shared.Store().Query(
+           "select lListID, zItemNumber, lQuantity, length(zCustomerNotes) from tblPersonalListItem")) {
+    // A line of no list makes one without a name.
+    lists[std::stoi(row[0])].Lines[row[1]] = {std::stoll(row[2]), std::stoul(row[3])};
+  }
+  return lists;
+}
+
+StoreModel::Lists StoreModel::ExportedLists(const std::string& zvXML) {
+  Lists lists;
+  for (const XmlElement& element : ReadStrictly(zvXML).Children) {
+    List& list = lists[std::stoi(element.Attributes.at("id"))];
+    list.Name = element.Attributes.at("name");
+    for (const XmlElement& item : element.Children) {
+      list.Lines[item.Attributes.at("itemnumber")] = {std::stoll(item.Attributes.at("quantity")),
+                                                      item.Attributes.at("customernotes").size()};
+    }
+  }
+  return lists;
 }
 
 Texts StoreModel::DescribeStored(const SharedStore& shared) {
@@ -311,7 +495,20 @@ Texts StoreModel::DescribeStored(const SharedStore& shared) {
   }
   zTexts.push_back(
       DescribeDefaults(shared.Default(keys::DEFAULT_OI_PO_NUM), shared.Default(keys::DEFAULT_DI_CITY)));
+  std::ranges::copy(DescribeLists("stored", StoredLists(shared)), std::back_inserter(zTexts));
+  if (std::filesystem::exists(shared.ListsPath())) {
+    std::ranges::copy(DescribeLists("exported", ExportedLists(ReadFile(shared.ListsPath()))),
+                      std::back_inserter(zTexts));
+  }
   return zTexts;
+}
+
+int StoreModel::LastSubmitted() const {
+  int lLast = 0;
+  for (const auto& [lOrderID, order] : m_oOrders) {
+    lLast = order.Current ? lLast : lOrderID;
+  }
+  return lLast;
 }
 
 Texts StoreModel::Findings() const {
