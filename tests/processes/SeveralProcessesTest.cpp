@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "qm_ordering/foundation/UserSettingConstants.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/platform/settings/FileSettings.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/store/OrderStore.h"
@@ -16,6 +18,7 @@
 #include "tests/processes/WorkingProgram.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Pipe.h"
+#include "tests/support/StrictXml.h"
 #include "tests/support/TempFolder.h"
 
 namespace {
@@ -58,6 +61,8 @@ class SeveralProcesses : public testing::Test {
       AddToLines(shared, lvProcesses, lvCalls);
       SaveSummaries(shared, lvProcesses, lvCalls);
       Submit(shared, lvProcesses, lvCalls);
+      KeepLists(shared, lvProcesses, lvCalls);
+      DeleteOrders(shared, lvProcesses);
     }
     std::printf(
         "seed: %u\nprocesses: %d\ncalls: %d\ncalls that another program held up for too long: %d\nlines that "
@@ -94,12 +99,13 @@ class SeveralProcesses : public testing::Test {
     return reports;
   }
 
-  // What the shared lines must hold by now, and what else is said to be in the order.
-  void ExpectLines(const test::SharedStore& shared, const std::map<std::string, std::int64_t>& own) const {
+  // What the shared lines must hold by now, and what else is said to be in the order, or in the lists.
+  void ExpectLines(const test::SharedStore& shared, const std::string& zvTable,
+                   const std::map<std::string, std::int64_t>& own) const {
     std::map<std::string, std::int64_t> expected = own;
     expected.insert(m_oAll.Merged.begin(), m_oAll.Merged.end());
     std::map<std::string, std::int64_t> stored;
-    for (const test::Row& row : shared.Store().Query("select zItemNumber, lQuantity from tblOrderItem")) {
+    for (const test::Row& row : shared.Store().Query("select zItemNumber, lQuantity from " + zvTable)) {
       stored[row[0]] = std::stoll(row[1]);
     }
     for (const std::string& zItem : m_oAll.Unsure) {
@@ -116,7 +122,7 @@ class SeveralProcesses : public testing::Test {
     for (const WorkReport& report : Run(shared, lvProcesses, &WorkingProgram::WorkOnLines, lvCalls)) {
       m_oOwn.insert(report.Own.begin(), report.Own.end());
     }
-    ExpectLines(shared, m_oOwn);
+    ExpectLines(shared, "tblOrderItem", m_oOwn);
     if (m_oAll.Held == 0) {
       EXPECT_EQ(Texts(), qm_ordering::CheckOrderStore());
     }
@@ -127,7 +133,7 @@ class SeveralProcesses : public testing::Test {
     for (const WorkReport& report : Run(shared, lvProcesses, &WorkingProgram::WorkOnHeader, lvCalls)) {
       zLast.push_back(report.LastSummary);
     }
-    ExpectLines(shared, m_oOwn);
+    ExpectLines(shared, "tblOrderItem", m_oOwn);
     // All values of one program, in the store and, perhaps of another, in the defaults.
     const test::Row row =
         shared.Store()
@@ -180,6 +186,36 @@ class SeveralProcesses : public testing::Test {
     if (m_oAll.Held == 0) {
       EXPECT_EQ(Texts(), qm_ordering::CheckOrderStore());
     }
+  }
+
+  void KeepLists(const test::SharedStore& shared, int lvProcesses, int lvCalls) {
+    ASSERT_EQ(1, qm_ordering::PersonalLists().CreateList("Shared"));
+    m_oAll.Merged.clear();
+    m_oAll.Unsure.clear();
+    m_oOwn.clear();
+    for (const WorkReport& report : Run(shared, lvProcesses, &WorkingProgram::WorkOnLists, lvCalls)) {
+      m_oOwn.insert(report.Own.begin(), report.Own.end());
+    }
+    ExpectLines(shared, "tblPersonalListItem", m_oOwn);
+    EXPECT_EQ(Texts(), qm_ordering::CheckOrderStore());
+    EXPECT_GE(1,
+              std::stoi(shared.Store().Value("select count(*) from tblPersonalList where zName = 'Common'")));
+    // The file is one program's, whole, and nothing of another one's is left beside it.
+    EXPECT_EQ("personallists", test::ReadStrictly(test::ReadFile(shared.ListsPath())).Name);
+    EXPECT_FALSE(std::filesystem::exists(shared.ListsPath() + ".tmp"));
+  }
+
+  void DeleteOrders(const test::SharedStore& shared, int lvProcesses) {
+    const std::string zCurrent =
+        "select count(*) from tblOrderItem where lOrderID = (select lOrderID from tblOrder where bIsCurrent)";
+    const std::string zLines = shared.Store().Value(zCurrent);
+    Run(shared, lvProcesses, &WorkingProgram::DeleteHistory, 3);
+    EXPECT_EQ(zLines, shared.Store().Value(zCurrent));
+    if (m_oAll.Held == 0) {
+      EXPECT_EQ("1", shared.Store().Value("select count(*) from tblOrder"));
+      EXPECT_EQ(zLines, shared.Store().Value("select count(*) from tblOrderItem"));
+    }
+    EXPECT_EQ(Texts(), qm_ordering::CheckOrderStore());
   }
 
   unsigned m_lSeed = 0;

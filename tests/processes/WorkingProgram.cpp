@@ -1,9 +1,12 @@
 #include "tests/processes/WorkingProgram.h"
 
+#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 
 #include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "tests/processes/EngineSleep.h"
 
@@ -13,6 +16,7 @@ namespace {
 
 constexpr std::size_t kSharedItems = 2;
 constexpr std::size_t kOwnItems = 6;
+constexpr std::int32_t kSharedList = 1;
 
 bool Holds(const std::string& zvText, const std::string& zvWords) {
   return zvText.find(zvWords) != std::string::npos;
@@ -82,6 +86,7 @@ WorkReport WorkReport::FromText(const std::string& zvText) {
 
 WorkingProgram::WorkingProgram(std::string zvStorePath, int lvNumber, unsigned lvSeed)
     : m_zStorePath(std::move(zvStorePath)), m_lNumber(lvNumber), m_oRandom(lvSeed) {
+  m_zListsFile = std::filesystem::path(m_zStorePath).replace_filename("PersonalLists.xml");
   m_oOrder = std::make_unique<qm_ordering::CurrentOrder>();
   Load();
 }
@@ -112,6 +117,22 @@ WorkingProgram::Outcome WorkingProgram::Try(Call call) {
   // The record stays until a call that sets it succeeds.
   m_oOrder->LoadSummary();
   return Classify(error.Number, error.Description);
+}
+
+template <typename Call>
+WorkingProgram::Outcome WorkingProgram::TryOnLists(Call call) {
+  ++m_oReport.Calls;
+  qm_ordering::ClearLastFailure();
+  try {
+    const qm_ordering::ErrorInfo error = call();
+    if (error.Number != 0) {
+      return Classify(error.Number, error.Description);
+    }
+  } catch (const qm_ordering::Failure& failure) {
+    return Classify(failure.Number(), failure.Description());
+  }
+  const qm_ordering::LastFailureInfo swallowed = qm_ordering::LastFailure();
+  return swallowed.Number == 0 ? Outcome::Done : Classify(swallowed.Number, swallowed.Description);
 }
 
 WorkingProgram::Outcome WorkingProgram::Classify(std::int32_t lvNumber, const std::string& zvText) {
@@ -249,6 +270,159 @@ void WorkingProgram::WorkOnHistory(int lvCalls) {
       m_oReport.Submitted.push_back(lOrderID);
     }
     Load();
+  }
+}
+
+void WorkingProgram::AddSharedToList() {
+  const std::string zItem = "S" + std::to_string(Pick(kSharedItems));
+  const auto lQuantity = static_cast<std::int32_t>(Pick(9)) + 1;
+  qm_ordering::PersonalList list;
+  if (TryOnLists([&] {
+        list.AddItem(NewItem(zItem, lQuantity, 2500), kSharedList);
+        return list.Error();
+      }) == Outcome::Done) {
+    m_oReport.Merged[zItem] += lQuantity;
+  } else {
+    m_oReport.Unsure.insert(zItem);
+  }
+}
+
+void WorkingProgram::AddOwnToList() {
+  if (m_lOwnList == 0) {
+    return;
+  }
+  const std::string zItem = OwnItem(Pick(kOwnItems));
+  const auto lQuantity = static_cast<std::int32_t>(Pick(9)) + 1;
+  qm_ordering::PersonalList list;
+  if (TryOnLists([&] {
+        list.AddItem(NewItem(zItem, lQuantity, 12345), m_lOwnList);
+        return list.Error();
+      }) == Outcome::Done) {
+    m_oReport.Own[zItem] += lQuantity;
+  } else {
+    m_oReport.Unsure.insert(zItem);
+  }
+}
+
+void WorkingProgram::OwnListIsUnsure() {
+  for (std::size_t lItem = 0; lItem < kOwnItems; ++lItem) {
+    m_oReport.Unsure.insert(OwnItem(lItem));
+  }
+}
+
+// Under one of its names, so that at times it takes the place of the one that is there.
+void WorkingProgram::ReplaceOwnList() {
+  const std::string zName = "P" + std::to_string(m_lNumber);
+  std::int32_t lNew = 0;
+  bool bReplaces = false;
+  if (TryOnLists([&] {
+        qm_ordering::PersonalLists lists;
+        bReplaces = lists.GetName(m_lOwnList) == zName;
+        lNew = lists.CreateList(zName);
+        return qm_ordering::ErrorInfo();
+      }) != Outcome::Done) {
+    OwnListIsUnsure();
+    return;
+  }
+  if (m_lOwnList != 0 && !bReplaces) {
+    RemoveOwnList();
+  }
+  m_oReport.Own.clear();
+  m_lOwnList = lNew;
+}
+
+void WorkingProgram::RenameOwnList() {
+  const std::string zName = "P" + std::to_string(m_lNumber) + "-" + std::to_string(Pick(3));
+  TryOnLists([&] {
+    qm_ordering::PersonalLists().RenameList(m_lOwnList, zName);
+    return qm_ordering::ErrorInfo();
+  });
+}
+
+void WorkingProgram::RemoveOwnList() {
+  if (TryOnLists([&] {
+        qm_ordering::PersonalLists().RemoveList(m_lOwnList);
+        return qm_ordering::ErrorInfo();
+      }) == Outcome::Done) {
+    m_oReport.Own.clear();
+    m_lOwnList = 0;
+  } else {
+    OwnListIsUnsure();
+  }
+}
+
+void WorkingProgram::ReplaceCommonList() {
+  std::int32_t lCommon = 0;
+  if (TryOnLists([&] {
+        lCommon = qm_ordering::PersonalLists().CreateList("Common");
+        return qm_ordering::ErrorInfo();
+      }) == Outcome::Done) {
+    // Refused when another program has replaced it by now.
+    qm_ordering::PersonalList list;
+    TryOnLists([&] {
+      list.AddItem(NewItem("common", 1, 1), lCommon);
+      return list.Error();
+    });
+  }
+  // In whatever list it is, it is nobody's.
+  m_oReport.Unsure.insert("common");
+}
+
+void WorkingProgram::ExportLists() {
+  TryOnLists([&] {
+    qm_ordering::PersonalLists lists;
+    lists.LoadLists();
+    lists.SaveAsXML();
+    return qm_ordering::ErrorInfo();
+  });
+  // Whoever wrote it last.
+  const std::string zXML = ReadFile(m_zListsFile);
+  if (!zXML.starts_with("<personallists>") || !zXML.ends_with("</personallists>")) {
+    throw std::runtime_error("the file of the lists is not whole: " + zXML);
+  }
+}
+
+void WorkingProgram::WorkOnLists(int lvCalls) {
+  for (int i = 0; i < lvCalls; ++i) {
+    switch (Pick(12)) {
+      case 0:
+        ReplaceOwnList();
+        break;
+      case 1:
+        RenameOwnList();
+        break;
+      case 2:
+        RemoveOwnList();
+        break;
+      case 3:
+        ReplaceCommonList();
+        break;
+      case 4:
+        ExportLists();
+        break;
+      case 5:
+      case 6:
+      case 7:
+        AddOwnToList();
+        break;
+      default:
+        AddSharedToList();
+        break;
+    }
+  }
+  ExportLists();
+}
+
+void WorkingProgram::DeleteHistory(int lvTimes) {
+  for (int i = 0; i < lvTimes; ++i) {
+    TryOnLists([&] {
+      qm_ordering::OrderHistory history;
+      history.LoadOrders();
+      for (const auto& oOrder : history) {
+        history.DeleteOrder(oOrder->OrderID());
+      }
+      return qm_ordering::ErrorInfo();
+    });
   }
 }
 

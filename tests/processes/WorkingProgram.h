@@ -47,6 +47,11 @@ class WorkingProgram {
   void WorkOnHeader(int lvCalls);
   // Adds a line to the current order and submits it, or goes on with the next one when another was faster.
   void WorkOnHistory(int lvCalls);
+  // Adds to the shared lines of the list 1; adds to a list of its own, replaces, renames and removes it;
+  // replaces the list "Common", which every program does; writes the file of the lists.
+  void WorkOnLists(int lvCalls);
+  // Deletes the submitted orders, as every program does, as many times.
+  void DeleteHistory(int lvTimes);
 
   WorkReport Report() const;
 
@@ -57,17 +62,30 @@ class WorkingProgram {
   std::string OwnItem(std::size_t lvItem) const;
   template <typename Call>
   Outcome Try(Call call);
+  // The same of a call that leaves a record of its own, or a failure in LastFailure alone.
+  template <typename Call>
+  Outcome TryOnLists(Call call);
   Outcome Classify(std::int32_t lvNumber, const std::string& zvText);
   void Load();
   void AddShared();
   void AddOwn();
   void RemoveOwn();
   void UpdateOwn();
+  void AddSharedToList();
+  void AddOwnToList();
+  void ReplaceOwnList();
+  void RenameOwnList();
+  void RemoveOwnList();
+  void ReplaceCommonList();
+  void ExportLists();
+  void OwnListIsUnsure();
 
   std::string m_zStorePath;
   int m_lNumber;
   std::mt19937 m_oRandom;
   std::unique_ptr<qm_ordering::CurrentOrder> m_oOrder;
+  std::int32_t m_lOwnList = 0;  // 0: there is none
+  std::string m_zListsFile;
   WorkReport m_oReport;
 };
 
