@@ -20,8 +20,6 @@ namespace {
 using namespace qm_ordering;
 namespace failure = qm_ordering::failure;
 
-constexpr std::int32_t kCanary = 1;
-
 const std::set<std::int32_t> kFailureNumbers = {
     failure::kInvalidCall,      failure::kOverflow,           failure::kOutOfMemory,
     failure::kIndexOutOfBounds, failure::kDivisionByZero,     failure::kTypeMismatch,
@@ -166,23 +164,6 @@ const std::vector<Property<CreditCardDetails>>& CardProperties() {
 
 #undef QM_PROPERTY
 
-std::string Lower(std::string zvText) {
-  for (char& cLetter : zvText) {
-    cLetter = cLetter >= 'A' && cLetter <= 'Z' ? static_cast<char>(cLetter - 'A' + 'a') : cLetter;
-  }
-  return zvText;
-}
-
-// As the objects give it: nulls of texts are empty, nulls of dates "NULL".
-std::string TextOf(const StoredRow& row, const std::string& zvColumn) {
-  const Cell& cell = row.at(Lower(zvColumn));
-  return cell ? *cell : zvColumn.starts_with("dat") ? "NULL" : "";
-}
-
-std::int64_t NumberOf(const StoredRow& row, const char* zvColumn) {
-  return std::stoll(row.at(zvColumn).value());
-}
-
 bool IsPartOf(const std::set<std::string>& zvColumns, const std::set<std::string>& zvAll) {
   return std::ranges::includes(zvAll, zvColumns);
 }
@@ -291,7 +272,12 @@ void HostileHost::Begin(std::uint64_t lvSeed) {
   if (m_oAfter->Orders.size() > 1) {
     m_oObserver->Run("delete from tblOrder where lOrderID <> 1");
   }
-  m_oObserver->Run("update sqlite_sequence set seq = 1 where name <> 'tblPersonalList'");
+  if (m_oAfter->Lists.size() > 1) {
+    m_oObserver->Run("delete from tblPersonalList where lListID <> 1");
+  }
+  m_oObserver->Run("update sqlite_sequence set seq = 1");
+  std::filesystem::remove(ListsPath());
+  m_zListsFile.clear();
   LookAnew();
   m_oBefore = m_oAfter;
   if (m_oValues.Once(10)) {
@@ -325,13 +311,17 @@ void HostileHost::End() {
   m_oOrders.clear();
   m_oItems.clear();
   m_oCollections.clear();
+  m_oCatalogues.clear();
+  m_oLists.clear();
+  m_oHistories.clear();
+  m_oPreviousOrders.clear();
   m_oSettings.Calls.clear();
 }
 
 void HostileHost::Step() {
   using Action = void (HostileHost::*)();
   // A call and its share.
-  static constexpr std::array<std::pair<Action, unsigned>, 34> kActions = {{
+  static constexpr std::array<std::pair<Action, unsigned>, 48> kActions = {{
       {&HostileHost::MakeOrder, 3},         {&HostileHost::ChooseOrder, 2},
       {&HostileHost::SetHeader, 9},         {&HostileHost::SetItem, 9},
       {&HostileHost::MakeItem, 8},          {&HostileHost::CollectItem, 6},
@@ -349,6 +339,13 @@ void HostileHost::Step() {
       {&HostileHost::SettingsFunctions, 1}, {&HostileHost::ThrowFromTrace, 2},
       {&HostileHost::ThrowFromSettings, 2}, {&HostileHost::FillSettings, 2},
       {&HostileHost::DeleteStore, 1},       {&HostileHost::ReplaceStore, 1},
+      {&HostileHost::CreateList, 6},        {&HostileHost::RenameList, 3},
+      {&HostileHost::RemoveList, 3},        {&HostileHost::AskForList, 2},
+      {&HostileHost::LoadLists, 3},         {&HostileHost::ListsDocument, 1},
+      {&HostileHost::SaveListsFile, 3},     {&HostileHost::ChooseList, 4},
+      {&HostileHost::AddToList, 8},         {&HostileHost::LoadListSummary, 3},
+      {&HostileHost::LoadListItems, 3},     {&HostileHost::LoadHistory, 2},
+      {&HostileHost::DeleteFromHistory, 2}, {&HostileHost::UsePreviousOrder, 3},
   }};
   static const unsigned lShares = [] {
     unsigned lSum = 0;
@@ -453,7 +450,8 @@ void HostileHost::Look() {
       lCurrent += order.IsCurrent() ? 1 : 0;
     }
     Expect(lCurrent <= 1, std::to_string(lCurrent) + " current orders");
-    Expect(m_oAfter->Lists == m_oBefore->Lists, "the canary's list has changed");
+    Expect(m_bOnLists || m_oAfter->Lists == m_oBefore->Lists, "a list has changed");
+    Expect(m_oAfter->Lists.at(kCanary) == m_oBefore->Lists.at(kCanary), "the canary's list has changed");
   }
 }
 
@@ -1355,11 +1353,11 @@ void HostileHost::DeleteStore() {
   m_zCalls.emplace_back("the store is moved away");
   const std::size_t lCalls = 1 + m_oValues.Pick(6);
   for (std::size_t i = 0; i < lCalls && m_zWrong.empty(); ++i) {
-    if (m_oValues.Once(2)) {
-      LoadSummary();
-    } else {
-      AddItem();
-    }
+    static constexpr std::array<void (HostileHost::*)(), 8> kCalls = {
+        &HostileHost::LoadSummary, &HostileHost::AddItem,          &HostileHost::CreateList,
+        &HostileHost::AddToList,   &HostileHost::RemoveList,       &HostileHost::LoadListItems,
+        &HostileHost::LoadHistory, &HostileHost::DeleteFromHistory};
+    (this->*kCalls[m_oValues.Pick(kCalls.size())])();
   }
   std::filesystem::rename(zAway, StorePath());
   m_eStore = Store::There;

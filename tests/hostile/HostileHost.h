@@ -20,7 +20,7 @@ namespace test {
 // A host that calls the public classes in any order with any values, and looks after each call at what the
 // call was allowed to do: what it raised, what it recorded, which rows of the store it changed and how. It
 // works on a store that holds a submitted order with a line and a personal list ("the canary"), which no call
-// may change that does not say so.
+// may change, since none is asked to.
 class HostileHost {
  public:
   // zvFolder holds the store; the thread's start-up has run with these settings.
@@ -100,6 +100,22 @@ class HostileHost {
   void DeleteStore();
   void ReplaceStore();
 
+  // Calls on personal lists and on the history (HostileLists.cpp)
+  void CreateList();
+  void RenameList();
+  void RemoveList();
+  void AskForList();
+  void LoadLists();
+  void ListsDocument();
+  void SaveListsFile();
+  void ChooseList();
+  void AddToList();
+  void LoadListSummary();
+  void LoadListItems();
+  void LoadHistory();
+  void DeleteFromHistory();
+  void UsePreviousOrder();
+
   // Makes the call and looks at what holds for every call. allowed: the numbers that it may raise in a store
   // that is there; order: whose record it leaves, null for none.
   Outcome Call(const std::string& zvName, const std::string& zvArguments, Numbers allowed,
@@ -107,6 +123,10 @@ class HostileHost {
   // The same for a call that changes nothing in the store.
   Outcome Read(const std::string& zvName, const std::string& zvArguments, Numbers allowed,
                const std::function<void()>& call, const Order* order = nullptr);
+
+  // The same for a call that may change lists, and no order.
+  Outcome CallOnLists(const std::string& zvName, const std::string& zvArguments, Numbers allowed,
+                      const std::function<void()>& call);
 
   // What the store held before and after the last call.
   void Look();
@@ -127,15 +147,28 @@ class HostileHost {
   void ExpectLine(const StoredRow& line, const qm_ordering::OrderItem& item);
   void ExpectSame(const std::string& zvColumn, const std::string& zvHeld, const std::string& zvStored);
   void Expect(bool bvHolds, const std::string& zvWhat);
+  // The lists are just these.
+  void ExpectLists(const std::map<std::int32_t, StoredList>& lists);
+  void ExpectListLine(const StoredRow& line, const qm_ordering::OrderItem& item);
+  // The record is one that a list may have.
+  void ExpectListRecord(const qm_ordering::PersonalList& list);
 
   Order& AnyOrder();
   std::shared_ptr<qm_ordering::OrderItem> AnyItem();  // seldom null
   std::shared_ptr<qm_ordering::OrderItems> AnyCollection();
   std::shared_ptr<qm_ordering::OrderItem> NewItem();
+  std::shared_ptr<qm_ordering::PersonalLists> AnyCatalogue();
+  std::shared_ptr<qm_ordering::PersonalList> AnyList();
+  std::shared_ptr<qm_ordering::OrderHistory> AnyHistory();
+  std::int32_t AnyListID();                    // of a list that there is, or not; never the canary's
+  qm_ordering::Variant AnyListIDAsAnyValue();  // a wrong type, too; never the canary's
+  std::string ListsPath() const { return m_zFolder + "/PersonalLists.xml"; }
   std::string StorePath() const { return m_zFolder + "/Orders.mdb"; }
   void CloseObserver();
   void OpenObserver();
   bool StoreThere() const { return m_eStore == Store::There; }
+
+  static constexpr std::int32_t kCanary = 1;  // the id of its order and of its list
 
   std::string m_zFolder;
   MemorySettings& m_oSettings;
@@ -149,6 +182,12 @@ class HostileHost {
   std::vector<Order> m_oOrders;
   std::vector<std::shared_ptr<qm_ordering::OrderItem>> m_oItems;
   std::vector<std::shared_ptr<qm_ordering::OrderItems>> m_oCollections;
+  std::vector<std::shared_ptr<qm_ordering::PersonalLists>> m_oCatalogues;
+  std::vector<std::shared_ptr<qm_ordering::PersonalList>> m_oLists;
+  std::vector<std::shared_ptr<qm_ordering::OrderHistory>> m_oHistories;
+  std::vector<std::shared_ptr<qm_ordering::PreviousOrder>> m_oPreviousOrders;
+  bool m_bOnLists = false;   // in this call
+  std::string m_zListsFile;  // what it holds; empty for none
 
   // Statements, and calls of the settings component, until one throws; -1: none does.
   int m_lUntilTraceThrows = -1;

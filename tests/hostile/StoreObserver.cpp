@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cctype>
 #include <stdexcept>
 #include <utility>
 
@@ -17,11 +16,23 @@ namespace engine = qm_ordering::ado::embedded;
   throw std::runtime_error("the observer of the store: " + zvWhat + ": " + sqlite3_errmsg(db));
 }
 
+}  // namespace
+
+std::string Lower(std::string zvText) {
+  for (char& cLetter : zvText) {
+    cLetter = cLetter >= 'A' && cLetter <= 'Z' ? static_cast<char>(cLetter - 'A' + 'a') : cLetter;
+  }
+  return zvText;
+}
+
+std::string TextOf(const StoredRow& row, const std::string& zvColumn) {
+  const Cell& cell = row.at(Lower(zvColumn));
+  return cell ? *cell : zvColumn.starts_with("dat") ? "NULL" : "";
+}
+
 std::int64_t NumberOf(const StoredRow& row, const char* zvColumn) {
   return std::stoll(row.at(zvColumn).value());
 }
-
-}  // namespace
 
 std::size_t StoredRow::IndexOf(std::string_view zvName) const {
   const auto found = std::ranges::find(*m_zNames, zvName);
@@ -84,8 +95,8 @@ StoreObserver::StoreObserver(const std::string& zvPath) {
   m_oVersion = Prepare("pragma data_version");
   m_oOrders = PrepareTable("select * from tblOrder");
   m_oLines = PrepareTable("select * from tblOrderItem");
-  m_oLists = PrepareTable("select * from tblPersonalList order by 1");
-  m_oListItems = PrepareTable("select * from tblPersonalListItem order by 1");
+  m_oLists = PrepareTable("select * from tblPersonalList");
+  m_oListItems = PrepareTable("select * from tblPersonalListItem");
 }
 
 engine::StatementHandle StoreObserver::Prepare(const std::string& zvSQL) const {
@@ -101,10 +112,7 @@ StoreObserver::Table StoreObserver::PrepareTable(const std::string& zvSQL) const
   table.Query = Prepare(zvSQL);
   StoredRow::Names names;
   for (int i = 0; i < sqlite3_column_count(table.Query.get()); ++i) {
-    names.emplace_back(sqlite3_column_name(table.Query.get(), i));
-    for (char& cLetter : names.back()) {
-      cLetter = static_cast<char>(std::tolower(static_cast<unsigned char>(cLetter)));
-    }
+    names.push_back(Lower(sqlite3_column_name(table.Query.get(), i)));
   }
   table.Names = std::make_shared<const StoredRow::Names>(std::move(names));
   return table;
@@ -154,9 +162,15 @@ StoredState StoreObserver::Read() const {
     const std::int64_t lEntered = NumberOf(row, "lorderentered");
     state.Orders.at(lOrderID).Lines[lEntered] = std::move(row);
   });
-  const auto add = [&](StoredRow row) { state.Lists.push_back(std::move(row)); };
-  ForEachRow(m_oLists, add);
-  ForEachRow(m_oListItems, add);
+  ForEachRow(m_oLists, [&](StoredRow row) {
+    const auto lListID = static_cast<std::int32_t>(NumberOf(row, "llistid"));
+    state.Lists[lListID].Header = std::move(row);
+  });
+  ForEachRow(m_oListItems, [&](StoredRow row) {
+    const auto lListID = static_cast<std::int32_t>(NumberOf(row, "llistid"));
+    const std::int64_t lEntered = NumberOf(row, "llistentered");
+    state.Lists.at(lListID).Lines[lEntered] = std::move(row);
+  });
   return state;
 }
 

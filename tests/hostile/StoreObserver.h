@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -28,6 +29,7 @@ class StoredRow {
 
   // Throws std::out_of_range for a name that is no column's.
   const Cell& at(std::string_view zvName) const { return m_oCells[IndexOf(zvName)]; }
+  bool Has(std::string_view zvName) const { return std::ranges::find(*m_zNames, zvName) != m_zNames->end(); }
   void Set(std::string_view zvName, Cell cell) { m_oCells[IndexOf(zvName)] = std::move(cell); }
 
   // The columns in which it differs from a row of the same table.
@@ -41,6 +43,12 @@ class StoredRow {
   std::shared_ptr<const Names> m_zNames;
   std::vector<Cell> m_oCells;
 };
+
+std::string Lower(std::string zvText);
+// As the objects give it: nulls of texts are empty, nulls of dates "NULL".
+std::string TextOf(const StoredRow& row, const std::string& zvColumn);
+// Of a column in lower-case letters.
+std::int64_t NumberOf(const StoredRow& row, const char* zvColumn);
 
 __extension__ typedef __int128 WideInteger;
 
@@ -56,10 +64,17 @@ struct StoredOrder {
   bool operator==(const StoredOrder&) const = default;
 };
 
+struct StoredList {
+  StoredRow Header;
+  std::map<std::int64_t, StoredRow> Lines;  // by the number of their entry
+
+  bool operator==(const StoredList&) const = default;
+};
+
 // All that a store holds.
 struct StoredState {
   std::map<std::int32_t, StoredOrder> Orders;
-  std::vector<StoredRow> Lists;  // the personal lists and their items
+  std::map<std::int32_t, StoredList> Lists;
 
   const StoredOrder* Find(std::int32_t lvOrderID) const;
   // The id of the current order; nothing when there is none.
