@@ -80,7 +80,7 @@ TEST_F(HostileCalls, DoNothingButWhatTheirMembersSay) {
 }
 
 TEST_F(HostileCallsFull, DoNothingButWhatTheirMembersSay) {
-  Work(7, 10'000);
+  Work(7, 9'000);
 }
 
 }  // namespace

@@ -327,6 +327,9 @@ void HostileHost::AddToList() {
   std::size_t lNew = 0;
   std::size_t lMore = 0;
   for (auto line = list.Lines.begin(); line != list.Lines.end();) {
+    Expect(
+        NumberOf(line->second, "lquantity") <= INT32_MAX && NumberOf(line->second, "lquantity") >= INT32_MIN,
+        "a quantity that nobody can read");
     const auto old = before->second.Lines.find(line->first);
     if (old == before->second.Lines.end()) {
       ++lNew;
@@ -341,9 +344,6 @@ void HostileHost::AddToList() {
              "the line that has more is wrong");
       line->second.Set("lquantity", old->second.at("lquantity"));
     }
-    Expect(
-        NumberOf(line->second, "lquantity") <= INT32_MAX && NumberOf(line->second, "lquantity") >= INT32_MIN,
-        "a quantity that nobody can read");
     ++line;
   }
   Expect(lists == m_oBefore->Lists, "another line or list has changed");

@@ -1,13 +1,17 @@
 #include "qm_ordering/lists/PersonalLists.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 
 #include "qm_ordering/foundation/LastFailure.h"
+#include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/RaisedNumber.h"
 #include "tests/support/StoreFixture.h"
 #include "tests/support/StrictXml.h"
@@ -180,6 +184,28 @@ TEST_F(PersonalListsTest, LeaveNothingBehindWhenTheFileCannotBeReplaced) {
   Save();
   EXPECT_EQ(failure::kFileAccess, qm_ordering::LastFailure().Number);
   EXPECT_NE(std::string::npos, qm_ordering::LastFailure().Description.find(File()));
+  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+}
+
+TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheDiskIsFull) {
+  Lists.CreateList("a");
+  Add(1, "A-1");
+  Save();
+  const std::string zOld = test::ReadFile(File());
+  Add(1, "B-2", std::string(400'000, 'x'));
+  qm_ordering::ado::embedded::CloseIdleSessions();
+  test::ChildProcess child([]() -> std::string {
+    // A limit on the size of a file fails in the middle of the writing, as a full disk does.
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{300'000, 300'000};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+      return "no limit";
+    }
+    Save();
+    return std::to_string(qm_ordering::LastFailure().Number) + " " + qm_ordering::LastFailure().Description;
+  });
+  EXPECT_EQ("75 The file " + File() + " was not written: File too large.", child.Outcome());
+  EXPECT_EQ(zOld, test::ReadFile(File()));
   EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
 }
 
