@@ -318,6 +318,7 @@ TEST(Element, FailsOnEveryUseWhileEmpty) {
   Element element = document.CreateElement("a");
   Element empty;
   EXPECT_EQ(FailureOf([&] { empty.SetAttribute("a", "b"); }).Number(), failure::kObjectNotSet);
+  EXPECT_EQ(FailureOf([&] { empty.AddAttribute("a", "b"); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.Attribute("a"); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.Name(); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.XML(); }).Number(), failure::kObjectNotSet);
@@ -455,6 +456,18 @@ TEST(Element, RefusesATextThatXMLCannotHold) {
     }
     EXPECT_EQ(element.XML(), "<orderitem model=\"kept\"/>");
   }
+}
+
+TEST(Element, TakesAttributesOneBehindTheOther) {
+  Document document;
+  Element element = document.CreateElement("a");
+  element.AddAttribute("c", "1");
+  element.AddAttribute("b", "<2>");
+  element.AddAttribute("empty", "");
+  EXPECT_EQ(FailureOf([&] { element.AddAttribute("d", "\x01"); }).Number(), failure::kXmlCharacter);
+  EXPECT_EQ(element.XML(), "<a c=\"1\" b=\"&lt;2>\" empty=\"\"/>");
+  element.SetAttribute("b", "3");
+  EXPECT_EQ(element.XML(), "<a c=\"1\" b=\"3\" empty=\"\"/>");
 }
 
 TEST(Element, IsTheSameElementInEveryCopyOfItsHandle) {

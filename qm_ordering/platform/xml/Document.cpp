@@ -66,6 +66,16 @@ void RequireMemory(bool bvDone) {
   }
 }
 
+void RequireXML(pugi::xml_node node, const char* zvName, std::string_view zvValue) {
+  if (const std::optional<std::size_t> lAt = text::FindNonXML(zvValue)) {
+    throw Failure(failure::kXmlCharacter,
+                  std::string("The text for the attribute \"") + zvName + "\" of the XML element \"" +
+                      node.name() + "\" has at byte " + std::to_string(*lAt + 1) + " of " +
+                      std::to_string(zvValue.size()) +
+                      " what XML cannot hold, a control character or broken UTF-8; take it out of the text");
+  }
+}
+
 // pugixml's own copying passes over what it has no memory for.
 pugi::xml_node CopyOne(pugi::xml_node source, pugi::xml_node parent) {
   pugi::xml_node copy = parent.append_child(source.type());
@@ -282,20 +292,20 @@ Element::Element(std::shared_ptr<Document::Tree> oTree, void* pNode)
     : m_oTree(std::move(oTree)), m_pNode(pNode) {}
 
 void Element::SetAttribute(const char* zvName, std::string_view zvValue) {
-  pugi::xml_node node = NodeOf(*this, m_pNode, "Element.SetAttribute");
-  if (const std::optional<std::size_t> lAt = text::FindNonXML(zvValue)) {
-    throw Failure(failure::kXmlCharacter,
-                  std::string("The text for the attribute \"") + zvName + "\" of the XML element \"" +
-                      node.name() + "\" has at byte " + std::to_string(*lAt + 1) + " of " +
-                      std::to_string(zvValue.size()) +
-                      " what XML cannot hold, a control character or broken UTF-8; take it out of the text");
-  }
+  const pugi::xml_node node = NodeOf(*this, m_pNode, "Element.SetAttribute");
   pugi::xml_attribute attribute = node.attribute(zvName);
-  if (attribute) {
-    RequireMemory(attribute.set_value(zvValue.data(), zvValue.size()));
+  if (!attribute) {
+    AddAttribute(zvName, zvValue);
     return;
   }
-  attribute = node.append_attribute("");
+  RequireXML(node, zvName, zvValue);
+  RequireMemory(attribute.set_value(zvValue.data(), zvValue.size()));
+}
+
+void Element::AddAttribute(const char* zvName, std::string_view zvValue) {
+  pugi::xml_node node = NodeOf(*this, m_pNode, "Element.AddAttribute");
+  RequireXML(node, zvName, zvValue);
+  pugi::xml_attribute attribute = node.append_attribute("");
   if (!attribute.set_name(zvName) || !attribute.set_value(zvValue.data(), zvValue.size())) {
     node.remove_attribute(attribute);
     throw std::bad_alloc();

@@ -59,6 +59,10 @@ class Element {
   // and byte, counted from 1.
   void SetAttribute(const char* zvName, std::string_view zvValue);
 
+  // Likewise, for an attribute that the element does not have: it is not looked for, since looking for each
+  // of many costs more than setting them.
+  void AddAttribute(const char* zvName, std::string_view zvValue);
+
   // The attribute's value; empty when it is not there.
   std::string Attribute(std::string_view zvName) const;
 
