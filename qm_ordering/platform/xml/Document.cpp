@@ -305,8 +305,9 @@ void Element::SetAttribute(const char* zvName, std::string_view zvValue) {
 void Element::AddAttribute(const char* zvName, std::string_view zvValue) {
   pugi::xml_node node = NodeOf(*this, m_pNode, "Element.AddAttribute");
   RequireXML(node, zvName, zvValue);
-  pugi::xml_attribute attribute = node.append_attribute("");
-  if (!attribute.set_name(zvName) || !attribute.set_value(zvValue.data(), zvValue.size())) {
+  pugi::xml_attribute attribute = node.append_attribute(zvName);
+  // Without memory for the name there is an attribute without one.
+  if (*attribute.name() == '\0' || !attribute.set_value(zvValue.data(), zvValue.size())) {
     node.remove_attribute(attribute);
     throw std::bad_alloc();
   }
