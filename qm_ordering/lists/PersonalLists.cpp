@@ -131,7 +131,7 @@ void PersonalLists::SaveAsXML() {
     document.AppendChild(root);
     file::ReplaceFile(
         file::SystemPath(DatabasePath() + "\\PersonalLists.xml", UserSettingConstants::ORDERINGDATABASEPATH),
-        document.XML());
+        [&](const file::TakePart& take) { document.Write(take); });
   } catch (...) {
     CatchFailure("PersonalLists.SaveAsXML");
   }

@@ -113,21 +113,26 @@ pugi::xml_node CopyBelow(pugi::xml_node source, pugi::xml_node parent) {
   }
 }
 
-class StringWriter : public pugi::xml_writer {
+class PartWriter : public pugi::xml_writer {
  public:
+  explicit PartWriter(const std::function<void(std::string_view)>& write) : m_write(write) {}
   void write(const void* pData, std::size_t lSize) override {
-    m_zText.append(static_cast<const char*>(pData), lSize);
+    m_write({static_cast<const char*>(pData), lSize});
   }
-  std::string Take() { return std::move(m_zText); }
 
  private:
-  std::string m_zText;
+  const std::function<void(std::string_view)>& m_write;
 };
 
-std::string Serialise(pugi::xml_node node) {
-  StringWriter writer;
+void Serialise(pugi::xml_node node, const std::function<void(std::string_view)>& write) {
+  PartWriter writer(write);
   node.print(writer, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-  return writer.Take();
+}
+
+std::string Serialise(pugi::xml_node node) {
+  std::string zText;
+  Serialise(node, [&](std::string_view zvPart) { zText += zvPart; });
+  return zText;
 }
 
 enum class Blanks { Allowed, Refused };
@@ -286,6 +291,10 @@ Element Document::SelectSingleNode(const std::string& zvPath) const {
 
 std::string Document::XML() const {
   return Serialise(m_oTree->Root());
+}
+
+void Document::Write(const std::function<void(std::string_view)>& write) const {
+  Serialise(m_oTree->Root(), write);
 }
 
 Element::Element(std::shared_ptr<Document::Tree> oTree, void* pNode)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,6 +39,10 @@ class Document {
 
   // The document's text; empty for an empty document.
   std::string XML() const;
+
+  // Hands the same text over in parts, of some kilobytes each, so that a long one is never in memory as a
+  // whole.
+  void Write(const std::function<void(std::string_view)>& write) const;
 
  private:
   friend class Element;
