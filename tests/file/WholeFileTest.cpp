@@ -55,7 +55,7 @@ TEST_F(ReplacedFile, HasTheNewContentAloneAndIsItsUsersOwn) {
 TEST_F(ReplacedFile, HasAllPartsOfItsContent) {
   std::string zExpected;
   ReplaceFile(File, [&](const TakePart& take) {
-    for (const std::size_t lSize : {1, 0, 60'000, 6'000, 70'000, 3}) {
+    for (const std::size_t lSize : {1U, 0U, 60'000U, 6'000U, 70'000U, 3U}) {
       const std::string zPart(lSize, static_cast<char>('a' + lSize % 26));
       zExpected += zPart;
       take(zPart);
