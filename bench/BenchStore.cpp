@@ -8,13 +8,23 @@
 
 namespace bench {
 
-void MakeStore(const std::string& zvFolder, const std::vector<Line>& lines) {
+void MakeOrder(const std::string& zvFolder, std::int32_t lvLines) {
   std::filesystem::create_directories(zvFolder);
   qm_ordering::CreateOrderStore(zvFolder);
   std::ofstream(zvFolder + "/settings.ini") << "OrderingDatabasePath = " << zvFolder << "\n";
   // Showing the order makes it.
   LibraryProgram(zvFolder)->ShowOrder();
-  FillStore(zvFolder, lines);
+  FillOrder(zvFolder, lvLines);
+}
+
+void MakeLists(const std::string& zvFolder, std::int32_t lvLines) {
+  MakeOrder(zvFolder, 0);
+  FillLists(zvFolder, lvLines);
+}
+
+void MakeHistory(const std::string& zvFolder, std::int32_t lvOrders) {
+  MakeOrder(zvFolder, 0);
+  FillHistory(zvFolder, lvOrders);
 }
 
 }  // namespace bench

@@ -78,7 +78,7 @@ void Comparison::ReportRuns(const std::vector<Run>& runs) {
 
 void Comparison::Finalize() {
   std::ostream& out = GetOutputStream();
-  out << "| work | lines | " << m_zPrograms.front();
+  out << "| work | size | " << m_zPrograms.front();
   for (std::size_t i = 1; i < m_zPrograms.size(); ++i) {
     out << " | " << m_zPrograms[i];
   }

@@ -71,6 +71,15 @@ struct EngineDriver {
     int Columns() const { return sqlite3_column_count(m_pStatement); }
     void Reset() { sqlite3_reset(m_pStatement); }
 
+    // For the statements that fill a store. The texts stay where they are until it has run.
+    template <typename... Values>
+    void Run(const Values&... values) {
+      int lPosition = 0;
+      (Bind(++lPosition, values), ...);
+      Step();
+      Reset();
+    }
+
    private:
     sqlite3_stmt* m_pStatement = nullptr;
   };
@@ -82,8 +91,45 @@ std::unique_ptr<OrderProgram> EngineProgram(const std::string& zvFolder) {
   return std::make_unique<SqlProgram<EngineDriver>>(zvFolder);
 }
 
-void FillStore(const std::string& zvFolder, const std::vector<Line>& lines) {
-  SqlProgram<EngineDriver>(zvFolder).Fill(lines);
+void FillOrder(const std::string& zvFolder, std::int32_t lvLines) {
+  SqlProgram<EngineDriver>(zvFolder).Fill(lvLines);
+}
+
+void FillLists(const std::string& zvFolder, std::int32_t lvLines) {
+  constexpr std::int32_t kLinesOfList = 100;
+  EngineDriver::Database database(zvFolder + "/Orders.mdb");
+  EngineDriver::Statement addList(database, "insert into tblPersonalList (lListID, zName) values (?, ?)");
+  EngineDriver::Statement addLine(
+      database,
+      "insert into tblPersonalListItem (lListID, zItemNumber, lQuantity, zDescription, zShortDescription, "
+      "zManufacturer, zModel, lSellQuantity, lShipQuantity, zUsuallyShips, bIsTaxable, zCustomerPartNumber, "
+      "zCustomerNotes, bHasPartsInfo) values (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+  database.Run("begin");
+  for (std::int32_t i = 0; i < lvLines; ++i) {
+    const std::int64_t lListID = 1 + i / kLinesOfList;
+    if (i % kLinesOfList == 0) {
+      addList.Run(lListID, "Monthly <order> " + std::to_string(lListID));
+    }
+    const Line line = MakeLine(i);
+    addLine.Run(lListID, line.ItemNumber, line.Quantity, line.Description, line.ShortDescription,
+                line.Manufacturer, line.Model, line.SellQuantity, line.ShipQuantity, line.UsuallyShips,
+                std::int64_t{line.IsTaxable ? -1 : 0}, line.CustomerPartNumber, line.CustomerNotes,
+                std::int64_t{i % 5 == 0 ? -1 : 0});
+  }
+  database.Run("commit");
+}
+
+void FillHistory(const std::string& zvFolder, std::int32_t lvOrders) {
+  EngineDriver::Database database(zvFolder + "/Orders.mdb");
+  // Some of them in one second, as of a program that submits what was entered elsewhere.
+  EngineDriver::Statement add(database,
+                              "insert into tblOrder (zPurchaseOrderNumber, cTotalPrice, datSubmitDate) "
+                              "values (?, ?, datetime('2003-07-04 15:04:05', (? / 3 * 7919) || ' seconds'))");
+  database.Run("begin");
+  for (std::int64_t i = 0; i < lvOrders; ++i) {
+    add.Run("PO-" + std::to_string(100'000 + i), i * i % 1'000'003 * 75, i);
+  }
+  database.Run("commit");
 }
 
 }  // namespace bench

@@ -135,6 +135,31 @@ class Library : public OrderProgram {
 
   std::string Document() override { return Order().GetXML(); }
 
+  void SaveLists() override {
+    UseSettings();
+    PersonalLists lists;
+    lists.LoadLists();
+    lists.SaveAsXML();
+    // The file is all that it leaves, and it says nothing of its own when it cannot be written.
+    if (LastFailure().Number != 0) {
+      throw std::runtime_error(LastFailure().Description);
+    }
+  }
+
+  std::size_t LoadHistory() override {
+    UseSettings();
+    m_oHistory = std::make_unique<OrderHistory>();
+    m_oHistory->LoadOrders();
+    return static_cast<std::size_t>(m_oHistory->Count());
+  }
+
+  std::string ShowHistory() override {
+    UseSettings();
+    OrderHistory history;
+    history.LoadOrders();
+    return history.GetXML();
+  }
+
   void RemoveLine(const std::string& zvItemNumber) override { Order().RemoveItem(zvItemNumber); }
 
  private:
@@ -160,6 +185,7 @@ class Library : public OrderProgram {
   std::string m_zFolder;
   std::shared_ptr<OrderItems> m_oEntered;
   std::unique_ptr<CurrentOrder> m_oOrder;
+  std::unique_ptr<OrderHistory> m_oHistory;
 };
 
 }  // namespace

@@ -35,6 +35,14 @@ class OrderProgram {
   virtual void ShowOrder() = 0;
   // The document of the order whose lines were loaded last.
   virtual std::string Document() = 0;
+  // Reads the personal lists and their lines and writes the document of all of them to PersonalLists.xml in
+  // the store's folder.
+  virtual void SaveLists() = 0;
+  // Reads the submitted orders, by number and date, into memory, found by id. They stay until the next call.
+  // Answers how many.
+  virtual std::size_t LoadHistory() = 0;
+  // Reads them likewise, answers the document of the history, and lets go of them.
+  virtual std::string ShowHistory() = 0;
   // Removes the line again; not part of what is measured.
   virtual void RemoveLine(const std::string& zvItemNumber) = 0;
 };

@@ -4,12 +4,12 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_map>
 
+#include "bench/PlainFile.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
 
 namespace bench {
@@ -65,16 +65,8 @@ std::string Merged(const std::string& zvFile, std::unordered_map<std::string, st
 void KeepDefaults(const std::string& zvFile, const std::string& zvText) {
   const int lLock = open((zvFile + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   Require(lLock >= 0 && flock(lLock, LOCK_EX) == 0, "no lock");
-  const std::string zContent = Merged(zvFile, Defaults(zvText));
-  const std::string zTemporary = zvFile + ".new";
-  const int lFile = open(zTemporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  Require(lFile >= 0, "cannot be opened");
-  Require(write(lFile, zContent.data(), zContent.size()) == static_cast<ssize_t>(zContent.size()) &&
-              fsync(lFile) == 0 && close(lFile) == 0 && std::rename(zTemporary.c_str(), zvFile.c_str()) == 0,
-          "cannot be written");
-  const int lFolder = open(zvFile.substr(0, zvFile.rfind('/')).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  Require(lFolder >= 0 && fsync(lFolder) == 0 && close(lFolder) == 0 && close(lLock) == 0,
-          "its folder cannot be flushed");
+  ReplaceFile(zvFile, Merged(zvFile, Defaults(zvText)));
+  Require(close(lLock) == 0, "the lock");
 }
 
 }  // namespace bench

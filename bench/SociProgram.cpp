@@ -4,6 +4,8 @@
 #include <map>
 
 #include "bench/OrderProgram.h"
+#include "bench/PlainHistory.h"
+#include "bench/PlainLists.h"
 #include "bench/PlainOrder.h"
 #include "bench/SettingsFile.h"
 #include "bench/Statements.h"
@@ -19,10 +21,11 @@ using soci::use;
 class Soci : public OrderProgram {
  public:
   explicit Soci(const std::string& zvFolder)
-      : m_zSettings(zvFolder + "/settings.ini"), m_oSession(soci::sqlite3, zvFolder + "/Orders.mdb") {
+      : m_zFolder(zvFolder), m_oSession(soci::sqlite3, zvFolder + "/Orders.mdb") {
     auto* pBackend = static_cast<soci::sqlite3_session_backend*>(m_oSession.get_backend());
     SetUpConnection(pBackend->conn_);
     PrepareAll();
+    PrepareListsAndHistory();
     m_oReadTotal->execute(true);
   }
 
@@ -76,7 +79,7 @@ class Soci : public OrderProgram {
   void SaveSummary(const std::string& zvText) override {
     m_zHeaderText = zvText;
     m_oWriteHeader->execute(true);
-    KeepDefaults(m_zSettings, zvText);
+    KeepDefaults(m_zFolder + "/settings.ini", zvText);
   }
 
   std::size_t LoadLines() override {
@@ -103,6 +106,37 @@ class Soci : public OrderProgram {
   }
 
   std::string Document() override { return m_oOrder.Document(); }
+
+  void SaveLists() override {
+    PlainLists lists;
+    m_oReadLists->execute();
+    while (m_oReadLists->fetch()) {
+      lists.AddList(m_lListID, m_zName);
+      m_oReadListLines->execute();
+      while (m_oReadListLines->fetch()) {
+        Line line = m_oRead;
+        line.Quantity = m_lQuantity;
+        line.SellQuantity = m_lSell;
+        line.ShipQuantity = m_lShip;
+        line.IsTaxable = m_lTaxable != 0;
+        line.HasPartsInfo = m_lHasPartsInfo != 0;
+        lists.AddLine(line);
+      }
+    }
+    lists.Save(m_zFolder);
+  }
+
+  std::size_t LoadHistory() override {
+    m_oHistory = PlainHistory();
+    ReadHistory(m_oHistory);
+    return m_oHistory.Count();
+  }
+
+  std::string ShowHistory() override {
+    PlainHistory history;
+    ReadHistory(history);
+    return history.Document();
+  }
 
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oLine.ItemNumber = zvItemNumber;
@@ -180,6 +214,24 @@ class Soci : public OrderProgram {
                 into(m_lHasPartsInfo), into(m_lHasContractItem), into(m_lImported), into(m_lIsCurrent));
   }
 
+  void PrepareListsAndHistory() {
+    m_oReadLists = Prepare(kReadLists, into(m_lListID), into(m_zName));
+    m_oReadListLines =
+        Prepare(kReadListLines, use(m_lListID), into(m_lEntered), into(m_lRead), into(m_oRead.ItemNumber),
+                into(m_lQuantity), into(m_oRead.Description), into(m_oRead.ShortDescription),
+                into(m_oRead.Manufacturer), into(m_oRead.Model), into(m_lSell), into(m_lShip),
+                into(m_oRead.UsuallyShips), into(m_lTaxable), into(m_oRead.CustomerPartNumber),
+                into(m_oRead.CustomerNotes), into(m_lHasPartsInfo));
+    m_oReadHistory = Prepare(kReadHistory, into(m_zSubmitDate), into(m_zName), into(m_lPrice), into(m_lRead));
+  }
+
+  void ReadHistory(PlainHistory& orHistory) {
+    m_oReadHistory->execute();
+    while (m_oReadHistory->fetch()) {
+      orHistory.Add(m_lRead, m_zName, m_zSubmitDate, m_lPrice);
+    }
+  }
+
   void Take(const Line& line) {
     m_lQuantity = line.Quantity;
     m_lSell = line.SellQuantity;
@@ -244,21 +296,24 @@ class Soci : public OrderProgram {
     return *oRead;
   }
 
-  std::string m_zSettings;
+  std::string m_zFolder;
   soci::session m_oSession;
   Line m_oLine;
   Line m_oRead;
   Stored m_oStored;
-  std::string m_zHeaderText;
-  Integer m_lZero = 0, m_lOrder = 1, m_lRead = 0, m_lTotal = 0, m_lEntered = 0, m_lIsCurrent = 0;
+  std::string m_zHeaderText, m_zName, m_zSubmitDate;
+  Integer m_lZero = 0, m_lOrder = 1, m_lRead = 0, m_lTotal = 0, m_lEntered = 0, m_lIsCurrent = 0,
+          m_lListID = 0;
   Integer m_lQuantity = 0, m_lSell = 0, m_lShip = 0, m_lSort = 0, m_lPrice = 0, m_lExtendedPrice = 0;
   Integer m_lTaxable = 0, m_lModified = 0, m_lHasNotes = 0, m_lHasPartsInfo = 0, m_lHasContractItem = 0,
           m_lImported = 0;
   Statement m_oBegin, m_oCommit, m_oCount, m_oInsert, m_oReadQuantity, m_oMerge, m_oChange, m_oSum,
-      m_oWriteTotal, m_oReadTotal, m_oWriteHeader, m_oReadLines, m_oRemove;
+      m_oWriteTotal, m_oReadTotal, m_oWriteHeader, m_oReadLines, m_oRemove, m_oReadLists, m_oReadListLines,
+      m_oReadHistory;
   std::map<std::size_t, std::unique_ptr<Selection>> m_oLinesToChange;
   std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;
+  PlainHistory m_oHistory;
 };
 
 }  // namespace

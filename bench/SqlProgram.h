@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "bench/OrderProgram.h"
+#include "bench/PlainHistory.h"
+#include "bench/PlainLists.h"
 #include "bench/PlainOrder.h"
 #include "bench/SettingsFile.h"
 #include "bench/Statements.h"
@@ -20,7 +22,7 @@ template <typename Driver>
 class SqlProgram : public OrderProgram {
  public:
   explicit SqlProgram(const std::string& zvFolder)
-      : m_zSettings(zvFolder + "/settings.ini"), m_oDatabase(zvFolder + "/Orders.mdb") {
+      : m_zFolder(zvFolder), m_oDatabase(zvFolder + "/Orders.mdb") {
     m_lTotal = ReadTotal();
   }
 
@@ -44,10 +46,10 @@ class SqlProgram : public OrderProgram {
   }
 
   // Adds lines that are not there, in one transaction, to have an order to measure with.
-  void Fill(const std::vector<Line>& lines) {
+  void Fill(std::int32_t lvLines) {
     m_oDatabase.Run("begin");
-    for (const Line& line : lines) {
-      Insert(line);
+    for (std::int32_t i = 0; i < lvLines; ++i) {
+      Insert(MakeLine(i));
     }
     m_oDatabase.Run("commit");
     UpdateTotal();
@@ -89,7 +91,7 @@ class SqlProgram : public OrderProgram {
     }
     m_oWriteHeader.Bind(lPosition + 1, kOrder);
     Run(m_oWriteHeader);
-    KeepDefaults(m_zSettings, zvText);
+    KeepDefaults(m_zFolder + "/settings.ini", zvText);
   }
 
   std::size_t LoadLines() override {
@@ -112,6 +114,29 @@ class SqlProgram : public OrderProgram {
   }
 
   std::string Document() override { return m_oOrder.Document(); }
+
+  void SaveLists() override {
+    PlainLists lists;
+    while (m_oReadLists.Step()) {
+      const std::int64_t lListID = m_oReadLists.Integer(0);
+      lists.AddList(lListID, m_oReadLists.Text(1));
+      ReadListLines(lListID, lists);
+    }
+    m_oReadLists.Reset();
+    lists.Save(m_zFolder);
+  }
+
+  std::size_t LoadHistory() override {
+    m_oHistory = PlainHistory();
+    ReadHistory(m_oHistory);
+    return m_oHistory.Count();
+  }
+
+  std::string ShowHistory() override {
+    PlainHistory history;
+    ReadHistory(history);
+    return history.Document();
+  }
 
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oRemove.Bind(1, kOrder);
@@ -243,6 +268,35 @@ class SqlProgram : public OrderProgram {
     return orOrder.Lines().size();
   }
 
+  void ReadListLines(std::int64_t lvListID, PlainLists& orLists) {
+    m_oReadListLines.Bind(1, lvListID);
+    while (m_oReadListLines.Step()) {
+      Line line;
+      line.ItemNumber = m_oReadListLines.Text(2);
+      line.Quantity = m_oReadListLines.Integer(3);
+      line.Description = m_oReadListLines.Text(4);
+      line.Manufacturer = m_oReadListLines.Text(6);
+      line.Model = m_oReadListLines.Text(7);
+      line.SellQuantity = m_oReadListLines.Integer(8);
+      line.ShipQuantity = m_oReadListLines.Integer(9);
+      line.UsuallyShips = m_oReadListLines.Text(10);
+      line.IsTaxable = m_oReadListLines.Integer(11) != 0;
+      line.CustomerPartNumber = m_oReadListLines.Text(12);
+      line.CustomerNotes = m_oReadListLines.Text(13);
+      line.HasPartsInfo = m_oReadListLines.Integer(14) != 0;
+      orLists.AddLine(line);
+    }
+    m_oReadListLines.Reset();
+  }
+
+  void ReadHistory(PlainHistory& orHistory) {
+    while (m_oReadHistory.Step()) {
+      orHistory.Add(m_oReadHistory.Integer(3), m_oReadHistory.Text(1), m_oReadHistory.Text(0),
+                    m_oReadHistory.Integer(2));
+    }
+    m_oReadHistory.Reset();
+  }
+
   Statement& LinesToChange(std::size_t lvLines) {
     auto& oRead = m_oLinesToChange[lvLines];
     if (oRead == nullptr) {
@@ -253,7 +307,7 @@ class SqlProgram : public OrderProgram {
 
   static std::int64_t Flag(bool bvFlag) { return bvFlag ? -1 : 0; }
 
-  std::string m_zSettings;
+  std::string m_zFolder;
   typename Driver::Database m_oDatabase;
   Statement m_oBegin{m_oDatabase, "begin immediate"};
   Statement m_oCommit{m_oDatabase, "commit"};
@@ -269,9 +323,13 @@ class SqlProgram : public OrderProgram {
   Statement m_oReadHeader{m_oDatabase, kReadHeader};
   Statement m_oReadLines{m_oDatabase, kReadLines};
   Statement m_oRemove{m_oDatabase, kRemoveLine};
+  Statement m_oReadLists{m_oDatabase, kReadLists};
+  Statement m_oReadListLines{m_oDatabase, kReadListLines};
+  Statement m_oReadHistory{m_oDatabase, kReadHistory};
   std::map<std::size_t, std::unique_ptr<Statement>> m_oLinesToChange;
   std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;
+  PlainHistory m_oHistory;
   std::int64_t m_lTotal = 0;
 };
 

@@ -35,6 +35,11 @@ inline constexpr const char* kChangeLine =
 inline constexpr const char* kReadHeader = "select * from qryGetOrderSummary where bIsCurrent = -1";
 inline constexpr const char* kReadLines =
     "select * from qryGetOrderItems where bIsCurrent = -1 order by lOrderEntered, zItemNumber";
+inline constexpr const char* kReadLists = "select lListID, zName from tblPersonalList order by zName";
+inline constexpr const char* kReadListLines = "select * from tblPersonalListItem where lListID = :list";
+inline constexpr const char* kReadHistory =
+    "select datSubmitDate, zPurchaseOrderNumber, cTotalPrice, lOrderID from tblOrder where bIsCurrent = 0 "
+    "order by zPurchaseOrderNumber, datSubmitDate";
 inline constexpr const char* kRemoveLine =
     "delete from tblOrderItem where lOrderID = :order and zItemNumber = :item";
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/BenchStore.h"
 #include "bench/OrderProgram.h"
 
 namespace bench {
@@ -25,12 +26,23 @@ inline constexpr Contestant kContestants[] = {
     {"SOCI", SociProgram, true},
 };
 
+// What a work is done on.
+struct StoreKind {
+  const char* Counted;  // what its size is a number of
+  void (*Make)(const std::string& zvFolder, std::int32_t lvSize);
+};
+
+inline constexpr StoreKind kOrder{"lines", MakeOrder};
+inline constexpr StoreKind kLists{"lines of lists", MakeLists};
+inline constexpr StoreKind kHistory{"orders", MakeHistory};
+
 struct Work {
   const char* Name;
-  std::vector<std::int32_t> Sizes;  // lines of the order
-  int Rounds;                       // in a repetition, with an order of up to 1,000 lines
-  bool IsOfOrderAlone;              // the store has no part in it
-  // What the user has entered, for an order of that many lines.
+  StoreKind On;
+  std::vector<std::int32_t> Sizes;
+  int Rounds;           // in a repetition, with a size of up to 1,000
+  bool IsOfOrderAlone;  // the store has no part in it
+  // What the user has entered, for that size.
   std::function<std::vector<Line>(std::int32_t)> Entered;
   // What is measured.
   std::function<void(OrderProgram&)> Measured;

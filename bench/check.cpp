@@ -1,6 +1,8 @@
 // Whether the programs that are compared do the same work: each does all of it on a store of its own, and
-// what the stores and settings files hold afterwards must be the same. Prints the first difference.
+// what the stores, settings files and documents hold afterwards must be the same. Prints the first
+// difference.
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
@@ -54,10 +56,20 @@ std::string LinesOf(const std::string& zvDocument) {
   return zvDocument.substr(lStart, lEnd - lStart);
 }
 
+std::string ContentOf(const std::string& zvFile) {
+  std::ifstream file(zvFile, std::ios::binary);
+  if (!file) {
+    throw std::runtime_error("The file " + zvFile + " is not there.");
+  }
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string WorkOf(const Contestant& contestant, const std::string& zvFolder) {
   namespace engine = qm_ordering::ado::embedded;
-  MakeStore(zvFolder, MakeLines(0, kLines));
-  std::string zLines;
+  MakeOrder(zvFolder, kLines);
+  FillLists(zvFolder, 250);
+  FillHistory(zvFolder, 40);
+  std::string zLeft;
   {
     contestant.Make(zvFolder)->SaveSummary("An earlier value");
     const auto oProgram = contestant.Make(zvFolder);
@@ -78,13 +90,17 @@ std::string WorkOf(const Contestant& contestant, const std::string& zvFolder) {
     oProgram->RemoveLine(MakeLine(kLines + 5).ItemNumber);
     oProgram->SaveSummary("A value of the header");
     oProgram->ShowOrder();
-    zLines = std::to_string(oProgram->LoadLines()) + " lines\n";
-    zLines += LinesOf(oProgram->Document()) + "\n";
+    zLeft = std::to_string(oProgram->LoadLines()) + " lines\n";
+    zLeft += LinesOf(oProgram->Document()) + "\n";
+    oProgram->SaveLists();
+    zLeft += ContentOf(zvFolder + "/PersonalLists.xml") + "\n";
+    zLeft += std::to_string(oProgram->LoadHistory()) + " orders\n";
+    zLeft += oProgram->ShowHistory() + "\n";
   }
   const std::string zFile = zvFolder + "/Orders.mdb";
   const engine::DatabaseHandle db = engine::OpenEngine(zFile, zFile, SQLITE_OPEN_READWRITE);
   engine::AddTextCollation(db.get(), zFile);
-  return zLines + Rows(db.get(), "tblOrder") + Rows(db.get(), "tblOrderItem") + Settings(zvFolder);
+  return zLeft + Rows(db.get(), "tblOrder") + Rows(db.get(), "tblOrderItem") + Settings(zvFolder);
 }
 
 int Check(const std::string& zvFolder) {

@@ -1,13 +1,12 @@
 // One work of one program, some rounds of it: to be looked at with a profiler, or counted with callgrind.
 //
-//   bench_rounds make FOLDER LINES
-//   bench_rounds run FOLDER LINES PROGRAM WORK ROUNDS
+//   bench_rounds make FOLDER SIZE WORK
+//   bench_rounds run FOLDER SIZE WORK PROGRAM ROUNDS
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 
-#include "bench/BenchStore.h"
 #include "bench/Works.h"
 
 namespace bench {
@@ -33,22 +32,23 @@ const Work& WorkOf(const std::string& zvName) {
 }
 
 int Run(const std::vector<std::string>& zvArguments) {
-  if (zvArguments.size() == 3 && zvArguments[0] == "make") {
-    MakeStore(zvArguments[1], MakeLines(0, std::stoi(zvArguments[2])));
-    return 0;
-  }
-  if (zvArguments.size() != 6 || zvArguments[0] != "run") {
-    std::cerr << "bench_rounds make FOLDER LINES | run FOLDER LINES PROGRAM WORK ROUNDS\n";
+  const bool bMake = zvArguments.size() == 4 && zvArguments[0] == "make";
+  if (!bMake && (zvArguments.size() != 6 || zvArguments[0] != "run")) {
+    std::cerr << "bench_rounds make FOLDER SIZE WORK | run FOLDER SIZE WORK PROGRAM ROUNDS\n";
     return 2;
   }
-  const std::int32_t lLines = std::stoi(zvArguments[2]);
-  const auto oProgram = ContestantOf(zvArguments[3]).Make(zvArguments[1]);
-  const Work& work = WorkOf(zvArguments[4]);
+  const std::int32_t lSize = std::stoi(zvArguments[2]);
+  const Work& work = WorkOf(zvArguments[3]);
+  if (bMake) {
+    work.On.Make(zvArguments[1], lSize);
+    return 0;
+  }
+  const auto oProgram = ContestantOf(zvArguments[4]).Make(zvArguments[1]);
   if (work.IsOfOrderAlone) {
     oProgram->LoadLines();
   }
   for (int i = 0; i < std::stoi(zvArguments[5]); ++i) {
-    const std::vector<Line> lines = work.Entered(lLines);
+    const std::vector<Line> lines = work.Entered(lSize);
     oProgram->Enter(lines);
     work.Measured(*oProgram);
     work.After(*oProgram, lines);

@@ -1,7 +1,6 @@
 // The library beside a hand-written program over the same engine and beside what a user would pick instead,
 // all doing the same work on stores of their own, in one run.
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 
 #include "bench/BenchStore.h"
 #include "bench/Comparison.h"
+#include "bench/Memory.h"
 #include "bench/OrderProgram.h"
 #include "bench/Works.h"
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
@@ -40,37 +40,39 @@ class Ground {
 
   const std::string& Folder() const { return m_zFolder; }
 
-  // The program on its store with that many lines, both made when they are first asked for.
-  OrderProgram& Program(const Contestant& contestant, std::int32_t lvLines) {
-    auto& oProgram = m_oPrograms[{contestant.Name, lvLines}];
+  // The program on its store of that kind and size, both made when they are first asked for.
+  OrderProgram& Program(const Contestant& contestant, const StoreKind& kind, std::int32_t lvSize) {
+    const std::string zStore = Store(contestant, kind, lvSize);
+    auto& oProgram = m_oPrograms[zStore];
     if (oProgram == nullptr) {
-      oProgram = contestant.Make(Store(contestant, lvLines));
+      oProgram = contestant.Make(zStore);
       oProgram->LoadLines();
     }
     return *oProgram;
   }
 
-  std::string Store(const Contestant& contestant, std::int32_t lvLines) {
-    const std::string zStore = m_zFolder + "/" + contestant.Name + std::to_string(lvLines);
+  std::string Store(const Contestant& contestant, const StoreKind& kind, std::int32_t lvSize) {
+    const std::string zStore =
+        m_zFolder + "/" + contestant.Name + " " + std::to_string(lvSize) + " " + kind.Counted;
     if (!std::filesystem::exists(zStore)) {
-      MakeStore(zStore, MakeLines(0, lvLines));
+      kind.Make(zStore, lvSize);
     }
     return zStore;
   }
 
  private:
   std::string m_zFolder;
-  std::map<std::pair<std::string, std::int32_t>, std::unique_ptr<OrderProgram>> m_oPrograms;
+  std::map<std::string, std::unique_ptr<OrderProgram>> m_oPrograms;  // by the folders of their stores
 };
 
 using Clock = std::chrono::steady_clock;
 
 // The mean time of some rounds of the work.
-double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvLines, int lvRounds) {
+double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvSize, int lvRounds) {
   double dSeconds = 0;
   // The first warms the caches, whatever ran before.
   for (int i = 0; i <= lvRounds; ++i) {
-    const std::vector<Line> lines = work.Entered(lvLines);
+    const std::vector<Line> lines = work.Entered(lvSize);
     program.Enter(lines);
     const auto start = Clock::now();
     work.Measured(program);
@@ -83,19 +85,19 @@ double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvLines, 
 
 // A repetition: all programs, right after each other, so that what else the machine does meets them alike.
 // Each time another one begins.
-void Measure(benchmark::State& state, Ground& ground, const Work& work, std::int32_t lvLines) {
+void Measure(benchmark::State& state, Ground& ground, const Work& work, std::int32_t lvSize) {
   static std::size_t lFirst = 0;
   if (isatty(STDERR_FILENO) != 0) {
-    std::cerr << "\r\033[K" << work.Name << ", " << lvLines << " lines";
+    std::cerr << "\r\033[K" << work.Name << ", " << lvSize << " " << work.On.Counted;
   }
-  const int lRounds = std::max(1, lvLines <= 1'000 ? work.Rounds : work.Rounds * 1'000 / lvLines);
+  const int lRounds = std::max(1, lvSize <= 1'000 ? work.Rounds : work.Rounds * 1'000 / lvSize);
   for ([[maybe_unused]] const auto& unused : state) {
     ++lFirst;
     for (std::size_t i = 0; i < std::size(kContestants); ++i) {
       const Contestant& contestant = kContestants[(lFirst + i) % std::size(kContestants)];
       if (!work.IsOfOrderAlone || !contestant.IsLikeHandWritten) {
         state.counters[contestant.Name] =
-            SecondsOf(ground.Program(contestant, lvLines), work, lvLines, lRounds);
+            SecondsOf(ground.Program(contestant, work.On, lvSize), work, lvSize, lRounds);
       }
     }
     state.SetIterationTime(state.counters[kContestants[0].Name]);
@@ -104,12 +106,12 @@ void Measure(benchmark::State& state, Ground& ground, const Work& work, std::int
 
 void Register(Ground& ground, Comparison& orComparison) {
   for (const Work& work : Works()) {
-    for (const std::int32_t lLines : work.Sizes) {
-      orComparison.AddRow(work.Name, std::to_string(lLines));
-      const std::string zName = std::string(work.Name) + "/" + std::to_string(lLines);
+    for (const std::int32_t lSize : work.Sizes) {
+      orComparison.AddRow(work.Name, std::to_string(lSize));
+      const std::string zName = std::string(work.Name) + "/" + std::to_string(lSize);
       benchmark::RegisterBenchmark(
           zName.c_str(),
-          [&ground, &work, lLines](benchmark::State& state) { Measure(state, ground, work, lLines); })
+          [&ground, &work, lSize](benchmark::State& state) { Measure(state, ground, work, lSize); })
           ->UseManualTime()
           ->Iterations(1);
     }
@@ -134,7 +136,7 @@ double RunOf(const std::string& zvProgram, const std::string& zvFolder) {
 void CompareStarts(Ground& ground) {
   // A store that nobody has open, this program included.
   const std::string zStore = ground.Folder() + "/start";
-  MakeStore(zStore, MakeLines(0, 10));
+  MakeOrder(zStore, 10);
   qm_ordering::ado::embedded::CloseIdleSessions();
   const std::string zPrograms = std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
   std::map<std::string, std::vector<double>> dTimes;
@@ -152,20 +154,13 @@ void CompareStarts(Ground& ground) {
             << dMedian("start_library") << " ms; an empty one: " << dMedian("start_empty") << " ms.\n";
 }
 
-std::size_t BytesInUse() {
-  return mallinfo2().uordblks + mallinfo2().hblkhd;
-}
-
-void CompareMemory(Ground& ground) {
-  for (const std::int32_t lLines : {1'000, 10'000, 100'000}) {
-    std::cout << "Memory of a loaded line, of " << lLines << " lines:";
+void CompareMemory(Ground& ground, const char* zvWhat, const StoreKind& kind,
+                   std::size_t (*bytesOf)(OrderProgram& program, std::int32_t lvSize)) {
+  for (const std::int32_t lSize : {1'000, 10'000, 100'000}) {
+    std::cout << "Memory of " << zvWhat << ", of " << lSize << ":";
     for (const Contestant& contestant : {kContestants[0], kContestants[1]}) {
-      const auto oProgram = contestant.Make(ground.Store(contestant, lLines));
-      oProgram->ShowOrder();
-      const std::size_t lBefore = BytesInUse();
-      oProgram->LoadLines();
-      std::cout << " " << contestant.Name << " "
-                << (BytesInUse() - lBefore) / static_cast<std::size_t>(lLines) << " bytes";
+      const auto oProgram = contestant.Make(ground.Store(contestant, kind, lSize));
+      std::cout << " " << contestant.Name << " " << bytesOf(*oProgram, lSize) << " bytes";
     }
     std::cout << "\n";
   }
@@ -204,7 +199,8 @@ int Run(int lvArguments, char** zvArguments) {
     std::cerr << "\r\033[K";
   }
   CompareStarts(ground);
-  CompareMemory(ground);
+  CompareMemory(ground, "a loaded line", kOrder, BytesOfLine);
+  CompareMemory(ground, "an order of a loaded history", kHistory, BytesOfOrder);
   return 0;
 }
 

@@ -31,7 +31,7 @@ Variant Choose(bool bvCondition, Variant vvTrue, Variant vvFalse) {
 }
 
 std::string BooleanDigit(bool bvValue) {
-  return Choose(bvValue, "1", "0").ToString();
+  return bvValue ? "1" : "0";
 }
 
 std::string TwoDigits(std::int32_t lvNumber) {

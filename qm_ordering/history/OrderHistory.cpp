@@ -56,17 +56,18 @@ std::shared_ptr<PreviousOrder> OrderHistory::Item(std::int32_t lvOrderID) const 
 
 std::string OrderHistory::GetXML() const {
   return OrOutOfMemory([&] {
+    const text::AmountFormat amounts;
     xml::Document document;
     xml::Element root = document.CreateElement("orderhistory");
     xml::Element orders = document.CreateElement("previousorders");
     root.AppendChild(orders);
     for (const auto& oOrder : *this) {
       xml::Element order = document.CreateElement("previousorder");
-      order.SetAttribute("orderid", std::to_string(oOrder->OrderID()));
-      order.SetAttribute("purchaseordernumber", oOrder->PurchaseOrderNumber());
-      order.SetAttribute("submitdate",
+      order.AddAttribute("orderid", std::to_string(oOrder->OrderID()));
+      order.AddAttribute("purchaseordernumber", oOrder->PurchaseOrderNumber());
+      order.AddAttribute("submitdate",
                          oOrder->SubmitDate().IsZero() ? std::string() : ShortDate(oOrder->SubmitDate()));
-      order.SetAttribute("ordertotal", text::FormatAmount(oOrder->OrderTotal()));
+      order.AddAttribute("ordertotal", amounts.Text(oOrder->OrderTotal()));
       orders.AppendChild(order);
     }
     document.AppendChild(root);

@@ -12,11 +12,21 @@ constexpr const char* kOrder = "the order details";
 
 }  // namespace
 
-PreviousOrder::PreviousOrder()
-    : m_oOrderDetails(OrOutOfMemory([] { return std::make_shared<qm_ordering::OrderDetails>(); })) {}
+std::shared_ptr<OrderDetails> PreviousOrder::OrderDetails() const {
+  if (!m_oOrderDetails) {
+    OrOutOfMemory([&] {
+      const auto oOrderDetails = std::make_shared<qm_ordering::OrderDetails>();
+      oOrderDetails->OrderID(m_lOrderID);
+      m_oOrderDetails = oOrderDetails;
+    });
+  }
+  return *m_oOrderDetails;
+}
 
 void PreviousOrder::OrderID(std::int32_t lvOrderID) {
-  RequireObject(m_oOrderDetails, kOrder)->OrderID(lvOrderID);
+  if (m_oOrderDetails) {
+    RequireObject(*m_oOrderDetails, kOrder)->OrderID(lvOrderID);
+  }
   m_lOrderID = lvOrderID;
 }
 
@@ -29,7 +39,8 @@ void PreviousOrder::LoadSummary(const Variant& vvOrderID) {
     if (!vvOrderID.IsMissing()) {
       m_lOrderID = vvOrderID.ToInteger();
     }
-    qm_ordering::OrderDetails& order = *RequireObject(m_oOrderDetails, kOrder);
+    const auto oOrder = RequireObject(OrderDetails(), kOrder);
+    qm_ordering::OrderDetails& order = *oOrder;
     order.OrderID(m_lOrderID);
     order.LoadSummary(false);
     m_zPurchaseOrderNumber = order.PurchaseOrderNumber();
@@ -39,7 +50,7 @@ void PreviousOrder::LoadSummary(const Variant& vvOrderID) {
 }
 
 std::string PreviousOrder::GetXML() const {
-  return RequireObject(m_oOrderDetails, kOrder)->GetXML();
+  return RequireObject(OrderDetails(), kOrder)->GetXML();
 }
 
 }  // namespace qm_ordering

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -19,7 +20,7 @@ namespace qm_ordering {
 class QM_ORDERING_API PreviousOrder : public LibraryObject {
  public:
   // Without an order: OrderID is -1.
-  PreviousOrder();
+  PreviousOrder() = default;
 
   const char* ClassName() const noexcept override { return "PreviousOrder"; }
 
@@ -28,9 +29,9 @@ class QM_ORDERING_API PreviousOrder : public LibraryObject {
   std::int32_t OrderID() const { return m_lOrderID; }
   void OrderID(std::int32_t lvOrderID);
 
-  // The order itself: only its id is set until the host calls its LoadSummary and LoadItems. The setter takes
-  // another one, shared.
-  std::shared_ptr<qm_ordering::OrderDetails> OrderDetails() const { return m_oOrderDetails; }
+  // The order itself: only its id is set until the host calls its LoadSummary and LoadItems. Raises 7 when
+  // there is no memory for it. The setter takes another one, shared.
+  std::shared_ptr<qm_ordering::OrderDetails> OrderDetails() const;
   void OrderDetails(const std::shared_ptr<qm_ordering::OrderDetails>& ovOrderDetails) {
     m_oOrderDetails = ovOrderDetails;
   }
@@ -63,7 +64,9 @@ class QM_ORDERING_API PreviousOrder : public LibraryObject {
   std::string m_zPurchaseOrderNumber;
   Date m_datSubmitDate;
   Currency m_cOrderTotal;
-  std::shared_ptr<qm_ordering::OrderDetails> m_oOrderDetails;
+  // Made when it is first asked for: most entries of a long history never are, and it is the larger part of
+  // one. Until then the optional is empty, which a null that the host has set is not.
+  mutable std::optional<std::shared_ptr<qm_ordering::OrderDetails>> m_oOrderDetails;
   ErrorInfo m_oError;
 };
 

@@ -4,6 +4,7 @@
 
 #include "qm_ordering/foundation/Errors.h"
 #include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/order/ItemFields.h"
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/store/Database.h"
@@ -22,28 +23,6 @@ std::optional<std::int32_t> ListIDOf(const Variant& vvListID) {
     }
     return std::nullopt;
   }
-}
-
-std::shared_ptr<OrderItem> MakeLine(const ado::Recordset& rows) {
-  const auto zText = [&](const char* zColumn) { return NullTo(rows.Fields(zColumn).Value(), "").ToString(); };
-  const auto lNumber = [&](const char* zColumn) { return rows.Fields(zColumn).Value().ToInteger(); };
-  const auto bFlag = [&](const char* zColumn) { return rows.Fields(zColumn).Value().ToBoolean(); };
-  auto oItem = std::make_shared<OrderItem>();
-  oItem->OrderID(lNumber("lListID"));
-  oItem->ItemNumber(zText("zItemNumber"));
-  oItem->CustomerNotes(zText("zCustomerNotes"));
-  oItem->CustomerPartNumber(zText("zCustomerPartNumber"));
-  oItem->Description(zText("zDescription"));
-  oItem->ShortDescription(zText("zShortDescription"));
-  oItem->IsTaxable(bFlag("bIsTaxable"));
-  oItem->Manufacturer(zText("zManufacturer"));
-  oItem->Model(zText("zModel"));
-  oItem->SellQuantity(lNumber("lSellQuantity"));
-  oItem->ShipQuantity(lNumber("lShipQuantity"));
-  oItem->Quantity(lNumber("lQuantity"));
-  oItem->UsuallyShips(zText("zUsuallyShips"));
-  oItem->HasPartsInfo(bFlag("bHasPartsInfo"));
-  return oItem;
 }
 
 }  // namespace
@@ -127,7 +106,7 @@ void PersonalList::LoadSummary(const Variant& vvListID) {
       SetError(m_oError, OrderingError::errListNotFound, "");
       return;
     }
-    m_zName = NullTo(rows->Fields("zName").Value(), "").ToString();
+    m_zName = TextOf(rows->Fields("zName"));
   });
 }
 
@@ -138,8 +117,9 @@ void PersonalList::LoadItems(const Variant& vvListID) {
     }
     const Database::Reading reading(Store());
     const auto rows = Store().PersonalList_GetItems(m_lListID);
+    const ItemFields fields(*rows, "lListID");
     for (; !rows->AtEnd(); rows->MoveNext()) {
-      const std::shared_ptr<OrderItem> oItem = MakeLine(*rows);
+      const std::shared_ptr<OrderItem> oItem = fields.MakeItem(TextOf(fields.ItemNumber()));
       RequireObject(m_oOrderItems, "the collection of items")->Add(oItem, oItem->ItemNumber());
     }
   });

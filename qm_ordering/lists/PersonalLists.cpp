@@ -19,8 +19,8 @@ namespace {
 
 xml::Element ListElement(xml::Document& oDocument, const PersonalList& list) {
   xml::Element element = oDocument.CreateElement("personallist");
-  element.SetAttribute("id", std::to_string(list.ListID()));
-  element.SetAttribute("name", list.Name());
+  element.AddAttribute("id", std::to_string(list.ListID()));
+  element.AddAttribute("name", list.Name());
   return element;
 }
 
@@ -115,6 +115,7 @@ std::string PersonalLists::GetXML() const {
 
 void PersonalLists::SaveAsXML() {
   try {
+    const text::AmountFormat amounts;
     xml::Document document;
     xml::Element root = document.CreateElement("personallists");
     for (const auto& oList : *this) {
@@ -123,14 +124,14 @@ void PersonalLists::SaveAsXML() {
       const std::shared_ptr<PersonalList> oHeld = m_oLists.Item(oList->ListID(), "PersonalLists.SaveAsXML");
       oHeld->LoadItems();
       for (const auto& oItem : *oHeld->OrderItems()) {
-        element.AppendChild(ItemElement(document, *oItem));
+        element.AppendChild(ItemElement(document, *oItem, amounts));
       }
       root.AppendChild(element);
     }
     document.AppendChild(root);
     file::ReplaceFile(
         file::SystemPath(DatabasePath() + "\\PersonalLists.xml", UserSettingConstants::ORDERINGDATABASEPATH),
-        document.XML());
+        [&](const file::TakePart& take) { document.Write(take); });
   } catch (...) {
     CatchFailure("PersonalLists.SaveAsXML");
   }

@@ -1,30 +1,29 @@
 #include "qm_ordering/order/ItemElement.h"
 
 #include "qm_ordering/foundation/Formatting.h"
-#include "qm_ordering/platform/text/NumberFormat.h"
 
 namespace qm_ordering {
 
-xml::Element ItemElement(xml::Document& oDocument, const OrderItem& item) {
+xml::Element ItemElement(xml::Document& oDocument, const OrderItem& item, const text::AmountFormat& amounts) {
   xml::Element element = oDocument.CreateElement("orderitem");
-  element.SetAttribute("itemnumber", item.ItemNumber());
-  element.SetAttribute("quantity", std::to_string(item.Quantity()));
-  element.SetAttribute("validquantity", BooleanDigit(item.ValidQuantity()));
-  element.SetAttribute("description", item.Description());
-  element.SetAttribute("manufacturer", item.Manufacturer());
-  element.SetAttribute("model", item.Model());
-  element.SetAttribute("sellquantity", std::to_string(item.SellQuantity()));
-  element.SetAttribute("shipquantity", std::to_string(item.ShipQuantity()));
-  element.SetAttribute("usuallyships", item.UsuallyShips());
-  element.SetAttribute("istaxable", BooleanDigit(item.IsTaxable()));
-  element.SetAttribute("price", text::FormatAmount(item.Price()));
-  element.SetAttribute("extendedprice", text::FormatAmount(item.ExtendedPrice()));
-  element.SetAttribute("ispricemodified", BooleanDigit(item.IsPriceModified()));
-  element.SetAttribute("customerpartnumber", item.CustomerPartNumber());
-  element.SetAttribute("customernotes", item.CustomerNotes());
-  element.SetAttribute("hasnotes", BooleanDigit(item.HasNotes()));
-  element.SetAttribute("hascontractitem", BooleanDigit(item.HasContractItem()));
-  element.SetAttribute("haspartsinfo", BooleanDigit(item.HasPartsInfo()));
+  element.AddAttribute("itemnumber", item.ItemNumber());
+  element.AddAttribute("quantity", std::to_string(item.Quantity()));
+  element.AddAttribute("validquantity", BooleanDigit(item.ValidQuantity()));
+  element.AddAttribute("description", item.Description());
+  element.AddAttribute("manufacturer", item.Manufacturer());
+  element.AddAttribute("model", item.Model());
+  element.AddAttribute("sellquantity", std::to_string(item.SellQuantity()));
+  element.AddAttribute("shipquantity", std::to_string(item.ShipQuantity()));
+  element.AddAttribute("usuallyships", item.UsuallyShips());
+  element.AddAttribute("istaxable", BooleanDigit(item.IsTaxable()));
+  element.AddAttribute("price", amounts.Text(item.Price()));
+  element.AddAttribute("extendedprice", amounts.Text(item.ExtendedPrice()));
+  element.AddAttribute("ispricemodified", BooleanDigit(item.IsPriceModified()));
+  element.AddAttribute("customerpartnumber", item.CustomerPartNumber());
+  element.AddAttribute("customernotes", item.CustomerNotes());
+  element.AddAttribute("hasnotes", BooleanDigit(item.HasNotes()));
+  element.AddAttribute("hascontractitem", BooleanDigit(item.HasContractItem()));
+  element.AddAttribute("haspartsinfo", BooleanDigit(item.HasPartsInfo()));
   return element;
 }
 

@@ -5,6 +5,7 @@
 
 #include "qm_ordering/foundation/Errors.h"
 #include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/order/ItemFields.h"
 #include "qm_ordering/order/LibraryAccess.h"
 #include "qm_ordering/order/OrderDocument.h"
 #include "qm_ordering/order/RequireObject.h"
@@ -22,12 +23,6 @@ namespace {
 
 // How often the current order is created before a store that shows none is taken to be damaged.
 constexpr int kCreations = 10;
-
-// A text; empty for null.
-std::string TextOf(const ado::Field& field) {
-  Variant vValue = field.Value();
-  return vValue.IsNull() ? std::string() : std::move(vValue).ToString();
-}
 
 // The columns of the current row of a result set, with nulls of texts and dates made empty.
 class Row {
@@ -186,54 +181,26 @@ std::string ShownItemNumber(const std::string& zvStored) {
 // The columns of the lines, found once for all rows.
 struct LineFields {
   explicit LineFields(const ado::Recordset& rows)
-      : OrderID(rows.Fields("lOrderID")),
-        ItemNumber(rows.Fields("zItemNumber")),
-        CustomerNotes(rows.Fields("zCustomerNotes")),
-        CustomerPartNumber(rows.Fields("zCustomerPartNumber")),
-        Description(rows.Fields("zDescription")),
-        ShortDescription(rows.Fields("zShortDescription")),
+      : Item(rows, "lOrderID"),
         ExtendedPrice(rows.Fields("cExtendedPrice")),
         IsPriceModified(rows.Fields("bIsPriceModified")),
-        IsTaxable(rows.Fields("bIsTaxable")),
-        Manufacturer(rows.Fields("zManufacturer")),
-        Model(rows.Fields("zModel")),
-        SellQuantity(rows.Fields("lSellQuantity")),
-        ShipQuantity(rows.Fields("lShipQuantity")),
         Price(rows.Fields("cPrice")),
-        Quantity(rows.Fields("lQuantity")),
-        UsuallyShips(rows.Fields("zUsuallyShips")),
         HasContractItem(rows.Fields("bHasContractItem")),
         HasNotes(rows.Fields("bHasNotes")),
-        Imported(rows.Fields("bImported")),
-        HasPartsInfo(rows.Fields("bHasPartsInfo")) {}
+        Imported(rows.Fields("bImported")) {}
 
-  ado::Field OrderID, ItemNumber, CustomerNotes, CustomerPartNumber, Description, ShortDescription,
-      ExtendedPrice, IsPriceModified, IsTaxable, Manufacturer, Model, SellQuantity, ShipQuantity, Price,
-      Quantity, UsuallyShips, HasContractItem, HasNotes, Imported, HasPartsInfo;
+  ItemFields Item;
+  ado::Field ExtendedPrice, IsPriceModified, Price, HasContractItem, HasNotes, Imported;
 };
 
 std::shared_ptr<OrderItem> MakeLine(const LineFields& fields, const std::string& zvStoredNumber) {
-  auto oItem = std::make_shared<OrderItem>();
-  oItem->OrderID(fields.OrderID.Value().ToInteger());
-  oItem->ItemNumber(ShownItemNumber(zvStoredNumber));
-  oItem->CustomerNotes(TextOf(fields.CustomerNotes));
-  oItem->CustomerPartNumber(TextOf(fields.CustomerPartNumber));
-  oItem->Description(TextOf(fields.Description));
-  oItem->ShortDescription(TextOf(fields.ShortDescription));
+  auto oItem = fields.Item.MakeItem(ShownItemNumber(zvStoredNumber));
   oItem->ExtendedPrice(fields.ExtendedPrice.Value().ToCurrency());
   oItem->IsPriceModified(fields.IsPriceModified.Value().ToBoolean());
-  oItem->IsTaxable(fields.IsTaxable.Value().ToBoolean());
-  oItem->Manufacturer(TextOf(fields.Manufacturer));
-  oItem->Model(TextOf(fields.Model));
-  oItem->SellQuantity(fields.SellQuantity.Value().ToInteger());
-  oItem->ShipQuantity(fields.ShipQuantity.Value().ToInteger());
   oItem->Price(fields.Price.Value().ToCurrency());
-  oItem->Quantity(fields.Quantity.Value().ToInteger());
-  oItem->UsuallyShips(TextOf(fields.UsuallyShips));
   oItem->HasContractItem(fields.HasContractItem.Value().ToBoolean());
   oItem->HasNotes(fields.HasNotes.Value().ToBoolean());
   LibraryAccess::Imported(*oItem, fields.Imported.Value().ToBoolean());
-  oItem->HasPartsInfo(fields.HasPartsInfo.Value().ToBoolean());
   return oItem;
 }
 
@@ -311,7 +278,7 @@ void OrderDetails::LoadItems(std::int32_t lvSortType, bool bvIsLoadCurrent, bool
     m_bHasInvalidQuantities = false;
     const LineFields fields(*rows);
     for (; !rows->AtEnd(); rows->MoveNext()) {
-      const std::string zStoredNumber = fields.ItemNumber.Value().ToString();
+      const std::string zStoredNumber = fields.Item.ItemNumber().Value().ToString();
       const std::shared_ptr<OrderItem> oItem = MakeLine(fields, zStoredNumber);
       if (bvValidate) {
         const auto oDelivery = RequireObject(m_oDeliveryInformation, "the delivery information");

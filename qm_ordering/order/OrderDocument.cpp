@@ -15,9 +15,10 @@ namespace qm_ordering {
 namespace {
 
 // Among thousands of lines a failure is of use only when it names the one that it is about.
-void AppendLine(xml::Document& orDocument, xml::Element& orLines, const OrderItem& item, int lvLine) {
+void AppendLine(xml::Document& orDocument, xml::Element& orLines, const OrderItem& item,
+                const text::AmountFormat& amounts, int lvLine) {
   try {
-    orLines.AppendChild(ItemElement(orDocument, item));
+    orLines.AppendChild(ItemElement(orDocument, item, amounts));
   } catch (const Failure& failure) {
     throw Failure(failure.Number(), "Line " + std::to_string(lvLine) + ", item " + item.ItemNumber() + ": " +
                                         failure.Description());
@@ -39,11 +40,12 @@ std::string OrderDocument(const OrderDetails& order) {
   const auto oDelivery = RequireObject(order.DeliveryInformation(), "the delivery information");
   const std::string zToday = ShortDate(clock::Current().Now());
 
+  const text::AmountFormat amounts;
   xml::Document document;
   xml::Element root = document.CreateElement("order");
   root.SetAttribute("orderid", std::to_string(order.OrderID()));
   root.SetAttribute("purchaseordernumber", order.PurchaseOrderNumber());
-  root.SetAttribute("totalprice", text::FormatAmount(order.TotalPrice()));
+  root.SetAttribute("totalprice", amounts.Text(order.TotalPrice()));
   root.SetAttribute("submitdate", SubmitDateText(order, zToday));
   root.SetAttribute("currentdate", zToday);
   root.SetAttribute("paymentmethod", std::to_string(oPayment->Method()));
@@ -59,7 +61,7 @@ std::string OrderDocument(const OrderDetails& order) {
   int lLine = 0;
   for (const auto& oItem : *order.OrderItems()) {
     ++lLine;
-    AppendLine(document, items, *oItem, lLine);
+    AppendLine(document, items, *oItem, amounts, lLine);
   }
   root.AppendChild(items);
   return document.XML();

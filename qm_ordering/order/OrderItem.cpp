@@ -20,7 +20,7 @@ bool OrderItem::Validate(std::int32_t lvDeliveryMethod) {
 std::string OrderItem::GetXML() const {
   return OrOutOfMemory([&] {
     xml::Document document;
-    return ItemElement(document, *this).XML();
+    return ItemElement(document, *this, text::AmountFormat()).XML();
   });
 }
 

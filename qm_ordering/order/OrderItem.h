@@ -79,7 +79,7 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   void HasPartsInfo(bool bvHasPartsInfo) { m_bHasPartsInfo = bvHasPartsInfo; }
 
   // Always clear: neither Validate nor GetXML sets it.
-  ErrorInfo Error() const { return m_oError; }
+  ErrorInfo Error() const { return {}; }
 
   // What the last Validate answered; true before the first. Changing a quantity does not change it.
   bool ValidQuantity() const { return m_bValidQuantity; }
@@ -118,7 +118,6 @@ class QM_ORDERING_API OrderItem : public LibraryObject {
   bool m_bHasContractItem = false;
   bool m_bHasNotes = false;
   bool m_bHasPartsInfo = false;
-  ErrorInfo m_oError;
   bool m_bValidQuantity = true;
   bool m_bImported = false;
 };

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/order/CurrentOrder.h"
@@ -167,6 +169,29 @@ TEST_F(OrderHistoryTest, PreviousOrderSetsTheIdOfItsDetailsToo) {
             }));
   EXPECT_EQ(12, order.OrderID());
   EXPECT_EQ(failure::kObjectNotSet, RaisedNumber([&] { return order.GetXML(); }));
+}
+
+TEST_F(OrderHistoryTest, PreviousOrderHasOneOrderDetails) {
+  PreviousOrder order;
+  order.OrderID(12);
+  const auto oDetails = order.OrderDetails();
+  EXPECT_EQ(12, oDetails->OrderID());
+  order.OrderID(13);
+  EXPECT_EQ(oDetails, order.OrderDetails());
+  EXPECT_EQ(13, oDetails->OrderID());
+}
+
+TEST_F(OrderHistoryTest, PreviousOrderTakesNullBeforeItsDetailsAreAskedFor) {
+  PreviousOrder order;
+  order.OrderDetails(nullptr);
+  EXPECT_EQ(nullptr, order.OrderDetails());
+  for (const auto& use : std::vector<std::function<void()>>{
+           [&] { order.OrderID(13); }, [&] { order.LoadSummary(13); }, [&] { order.GetXML(); }}) {
+    EXPECT_EQ(failure::kObjectNotSet, RaisedNumber([&] {
+                use();
+                return 0;
+              }));
+  }
 }
 
 TEST_F(OrderHistoryTest, PreviousOrderLoadsTheSummaryOfTheOrderThatIsNamed) {

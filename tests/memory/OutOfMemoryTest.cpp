@@ -169,7 +169,7 @@ class OutOfMemory : public test::OperationFixture, public testing::WithParamInte
     return {.Prepare = [](Order& order, std::string& zrAnswer) {
       // The signs of the last locale are kept: after another one they are read anew.
       const test::EnvironmentScope other("LC_ALL", "C");
-      EXPECT_EQ(qm_ordering::text::FormatAmount(Currency()), "0.00");
+      EXPECT_EQ(qm_ordering::text::AmountFormat().Text(Currency()), "0.00");
       return [&order, &zrAnswer] { zrAnswer = order->GetXML(); };
     }};
   }

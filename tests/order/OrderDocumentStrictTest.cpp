@@ -98,8 +98,8 @@ class OrderDocumentStrict : public test::OrderFixture {
             {"shipquantity", std::to_string(item.ShipQuantity())},
             {"usuallyships", item.UsuallyShips()},
             {"istaxable", zFlag(item.IsTaxable())},
-            {"price", qm_ordering::text::FormatAmount(item.Price())},
-            {"extendedprice", qm_ordering::text::FormatAmount(item.Price() * item.Quantity())},
+            {"price", qm_ordering::text::AmountFormat().Text(item.Price())},
+            {"extendedprice", qm_ordering::text::AmountFormat().Text(item.Price() * item.Quantity())},
             {"ispricemodified", zFlag(item.IsPriceModified())},
             {"customerpartnumber", item.CustomerPartNumber()},
             {"customernotes", item.CustomerNotes()},
@@ -149,7 +149,7 @@ class OrderDocumentStrict : public test::OrderFixture {
       ASSERT_EQ(lines[lLine].Attributes, Expected(*items[lLine], 1)) << "line " << lLine;
       cTotal += items[lLine]->Price() * items[lLine]->Quantity();
     }
-    EXPECT_EQ(root.Attributes.at("totalprice"), qm_ordering::text::FormatAmount(cTotal));
+    EXPECT_EQ(root.Attributes.at("totalprice"), qm_ordering::text::AmountFormat().Text(cTotal));
   }
 
   test::EnvironmentScope m_oLocale{"LC_ALL", "C"};

@@ -17,11 +17,11 @@ using test::EnvironmentScope;
 using test::LocaleScope;
 
 std::string Format(const char* zvAmount) {
-  return qm_ordering::text::FormatAmount(Currency::Parse(zvAmount));
+  return qm_ordering::text::AmountFormat().Text(Currency::Parse(zvAmount));
 }
 
 std::string FormatScaled(std::int64_t lvScaled) {
-  return qm_ordering::text::FormatAmount(Currency::FromScaled(lvScaled));
+  return qm_ordering::text::AmountFormat().Text(Currency::FromScaled(lvScaled));
 }
 
 TEST(NumberFormat, WritesTwoDecimalsAlways) {
@@ -128,6 +128,14 @@ TEST(NumberFormat, PrefersTheMoreSpecificVariable) {
     EXPECT_EQ("123,456.00", Format("123456"));
   }
   EXPECT_EQ("1.234,00", Format("1234"));
+}
+
+TEST(NumberFormat, StaysWhatItWasWhenItWasMade) {
+  const LocaleScope locale("de_DE.UTF-8");
+  const qm_ordering::text::AmountFormat german;
+  const EnvironmentScope all("LC_ALL", "C");
+  EXPECT_EQ("1,234.50", Format("1234.5"));
+  EXPECT_EQ("1.234,50", german.Text(Currency::Parse("1234.5")));
 }
 
 TEST(NumberFormat, LeavesTheProcessLocaleAlone) {

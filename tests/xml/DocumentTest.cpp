@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -104,6 +105,31 @@ TEST(Document, TakesACopyOfAnotherDocumentsElementAsRoot) {
   b.SetAttribute("later", "1");
   EXPECT_EQ(target.XML(), "<b/>");
   EXPECT_EQ(source.XML(), "<a><b later=\"1\"/></a>");
+}
+
+TEST(Document, HandsItsTextOverInParts) {
+  std::string zText = "<a>";
+  for (int i = 0; i < 5'000; ++i) {
+    zText += "<b c=\"" + std::to_string(i) + "\"/>";
+  }
+  zText += "</a>";
+  const Document document = Loaded(zText);
+  std::string zWritten;
+  std::size_t lLongest = 0;
+  document.Write([&](std::string_view zvPart) {
+    zWritten += zvPart;
+    lLongest = std::max(lLongest, zvPart.size());
+  });
+  EXPECT_TRUE(zWritten == zText);
+  EXPECT_LT(lLongest, zText.size() / 2);
+}
+
+TEST(Document, PassesOnWhatTheTakerOfItsTextRaises) {
+  const Document document = Loaded("<a/>");
+  EXPECT_EQ(FailureOf([&] {
+              document.Write([](std::string_view) { throw Failure(failure::kOverflow, "no room"); });
+            }).Number(),
+            failure::kOverflow);
 }
 
 TEST(Document, ReadsWhatMayStandAroundTheElement) {
@@ -318,6 +344,7 @@ TEST(Element, FailsOnEveryUseWhileEmpty) {
   Element element = document.CreateElement("a");
   Element empty;
   EXPECT_EQ(FailureOf([&] { empty.SetAttribute("a", "b"); }).Number(), failure::kObjectNotSet);
+  EXPECT_EQ(FailureOf([&] { empty.AddAttribute("a", "b"); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.Attribute("a"); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.Name(); }).Number(), failure::kObjectNotSet);
   EXPECT_EQ(FailureOf([&] { (void)empty.XML(); }).Number(), failure::kObjectNotSet);
@@ -455,6 +482,18 @@ TEST(Element, RefusesATextThatXMLCannotHold) {
     }
     EXPECT_EQ(element.XML(), "<orderitem model=\"kept\"/>");
   }
+}
+
+TEST(Element, TakesAttributesOneBehindTheOther) {
+  Document document;
+  Element element = document.CreateElement("a");
+  element.AddAttribute("c", "1");
+  element.AddAttribute("b", "<2>");
+  element.AddAttribute("empty", "");
+  EXPECT_EQ(FailureOf([&] { element.AddAttribute("d", "\x01"); }).Number(), failure::kXmlCharacter);
+  EXPECT_EQ(element.XML(), "<a c=\"1\" b=\"&lt;2>\" empty=\"\"/>");
+  element.SetAttribute("b", "3");
+  EXPECT_EQ(element.XML(), "<a c=\"1\" b=\"3\" empty=\"\"/>");
 }
 
 TEST(Element, IsTheSameElementInEveryCopyOfItsHandle) {

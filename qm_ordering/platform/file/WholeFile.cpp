@@ -64,8 +64,35 @@ void WriteAll(int lvDescriptor, std::string_view zvContent, const std::string& z
   }
 }
 
+// Gathers small parts, since each write is a call of the system.
+class GatheringWriter {
+ public:
+  GatheringWriter(int lvDescriptor, const std::string& zvFile)
+      : m_lDescriptor(lvDescriptor), m_zFile(zvFile) {}
+
+  void Take(std::string_view zvPart) {
+    m_zGathered += zvPart;
+    if (m_zGathered.size() >= kEnough) {
+      Flush();
+    }
+  }
+
+  void Flush() {
+    WriteAll(m_lDescriptor, m_zGathered, m_zFile);
+    m_zGathered.clear();
+  }
+
+ private:
+  static constexpr std::size_t kEnough = 65'536;
+
+  int m_lDescriptor;
+  const std::string& m_zFile;
+  std::string m_zGathered;
+};
+
 // True when the content is in place; false when another one got the temporary file first.
-bool TryToReplace(const std::string& zvFile, const std::string& zvTemporary, std::string_view zvContent) {
+bool TryToReplace(const std::string& zvFile, const std::string& zvTemporary,
+                  const std::function<void(const TakePart&)>& content) {
   const Descriptor file(
       open(zvTemporary.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, S_IRUSR | S_IWUSR));
   if (file.Number() < 0) {
@@ -79,7 +106,9 @@ bool TryToReplace(const std::string& zvFile, const std::string& zvTemporary, std
     if (ftruncate(file.Number(), 0) != 0) {
       RaiseNotWritten(zvFile, errno);
     }
-    WriteAll(file.Number(), zvContent, zvFile);
+    GatheringWriter writer(file.Number(), zvFile);
+    content([&](std::string_view zvPart) { writer.Take(zvPart); });
+    writer.Flush();
     if (fsync(file.Number()) != 0 || std::rename(zvTemporary.c_str(), zvFile.c_str()) != 0) {
       RaiseNotWritten(zvFile, errno);
     }
@@ -92,10 +121,10 @@ bool TryToReplace(const std::string& zvFile, const std::string& zvTemporary, std
 
 }  // namespace
 
-void ReplaceFile(const std::string& zvFile, std::string_view zvContent) {
+void ReplaceFile(const std::string& zvFile, const std::function<void(const TakePart&)>& content) {
   // One name for all who write it, so that nothing gathers beside the file when they are killed.
   const std::string zTemporary = zvFile + ".tmp";
-  while (!TryToReplace(zvFile, zTemporary, zvContent)) {
+  while (!TryToReplace(zvFile, zTemporary, content)) {
   }
   const Descriptor folder(
       open(zvFile.substr(0, zvFile.rfind('/') + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -16,14 +16,6 @@ namespace qm_ordering::text {
 
 namespace {
 
-struct NumberSigns {
-  std::string zPoint = ".";
-  std::string zSeparator = ",";
-  // The sizes of the groups from the point leftwards, one byte each, in the form of the C library: the last
-  // one repeats, CHAR_MAX or -1 ends the grouping.
-  std::string zGrouping = "\3";
-};
-
 std::string_view LocaleName() {
   for (const char* zVariable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
     const char* zName = std::getenv(zVariable);
@@ -88,12 +80,12 @@ struct KnownSigns {
 };
 
 // Environment variables can change between two calls; reading a locale costs much more than comparing a name.
-// orOwn takes the signs where the thread can keep none.
-const NumberSigns& CurrentSigns(NumberSigns& orOwn) {
+NumberSigns CurrentSigns() {
   const std::string_view zName = LocaleName();
   KnownSigns* pKnown = PerThread<KnownSigns>::Get();
   if (pKnown == nullptr) {
-    return orOwn = ReadSigns(std::string(zName));
+    // The thread can keep none.
+    return ReadSigns(std::string(zName));
   }
   if (zName != pKnown->Name) {
     *pKnown = KnownSigns{std::string(zName), ReadSigns(std::string(zName))};
@@ -102,21 +94,21 @@ const NumberSigns& CurrentSigns(NumberSigns& orOwn) {
 }
 
 std::string Group(const std::string& zvDigits, const NumberSigns& signs) {
-  if (signs.zSeparator.empty()) {
+  if (signs.Separator.empty()) {
     return zvDigits;
   }
   std::string zGrouped;
   std::size_t lEnd = zvDigits.size();
   std::size_t lGroup = 0;
-  while (lGroup < signs.zGrouping.size()) {
+  while (lGroup < signs.Grouping.size()) {
     // The bytes that end the grouping are 127 and 255 in this reading: more digits than an amount has.
-    const auto lSize = static_cast<std::size_t>(static_cast<unsigned char>(signs.zGrouping[lGroup]));
+    const auto lSize = static_cast<std::size_t>(static_cast<unsigned char>(signs.Grouping[lGroup]));
     if (lEnd <= lSize) {
       break;
     }
     lEnd -= lSize;
-    zGrouped.insert(0, signs.zSeparator + zvDigits.substr(lEnd, lSize));
-    if (lGroup + 1 < signs.zGrouping.size()) {
+    zGrouped.insert(0, signs.Separator + zvDigits.substr(lEnd, lSize));
+    if (lGroup + 1 < signs.Grouping.size()) {
       ++lGroup;
     }
   }
@@ -125,17 +117,17 @@ std::string Group(const std::string& zvDigits, const NumberSigns& signs) {
 
 }  // namespace
 
-std::string FormatAmount(Currency cvAmount) {
+AmountFormat::AmountFormat() : m_oSigns(CurrentSigns()) {}
+
+std::string AmountFormat::Text(Currency cvAmount) const {
   const std::int64_t lScaled = cvAmount.Scaled();
   // The lowest amount has no positive counterpart in 64 bits with a sign.
   const std::uint64_t lMagnitude =
       lScaled < 0 ? 0 - static_cast<std::uint64_t>(lScaled) : static_cast<std::uint64_t>(lScaled);
   const std::uint64_t lHundredths = (lMagnitude + 50) / 100;
-  NumberSigns own;
-  const NumberSigns& signs = CurrentSigns(own);
   const std::string zDecimals = std::to_string(lHundredths % 100);
-  return (lScaled < 0 && lHundredths != 0 ? "-" : "") + Group(std::to_string(lHundredths / 100), signs) +
-         signs.zPoint + std::string(2 - zDecimals.size(), '0') + zDecimals;
+  return (lScaled < 0 && lHundredths != 0 ? "-" : "") + Group(std::to_string(lHundredths / 100), m_oSigns) +
+         m_oSigns.Point + std::string(2 - zDecimals.size(), '0') + zDecimals;
 }
 
 }  // namespace qm_ordering::text

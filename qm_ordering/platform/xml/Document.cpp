@@ -66,6 +66,16 @@ void RequireMemory(bool bvDone) {
   }
 }
 
+void RequireXML(pugi::xml_node node, const char* zvName, std::string_view zvValue) {
+  if (const std::optional<std::size_t> lAt = text::FindNonXML(zvValue)) {
+    throw Failure(failure::kXmlCharacter,
+                  std::string("The text for the attribute \"") + zvName + "\" of the XML element \"" +
+                      node.name() + "\" has at byte " + std::to_string(*lAt + 1) + " of " +
+                      std::to_string(zvValue.size()) +
+                      " what XML cannot hold, a control character or broken UTF-8; take it out of the text");
+  }
+}
+
 // pugixml's own copying passes over what it has no memory for.
 pugi::xml_node CopyOne(pugi::xml_node source, pugi::xml_node parent) {
   pugi::xml_node copy = parent.append_child(source.type());
@@ -103,21 +113,26 @@ pugi::xml_node CopyBelow(pugi::xml_node source, pugi::xml_node parent) {
   }
 }
 
-class StringWriter : public pugi::xml_writer {
+class PartWriter : public pugi::xml_writer {
  public:
+  explicit PartWriter(const std::function<void(std::string_view)>& write) : m_write(write) {}
   void write(const void* pData, std::size_t lSize) override {
-    m_zText.append(static_cast<const char*>(pData), lSize);
+    m_write({static_cast<const char*>(pData), lSize});
   }
-  std::string Take() { return std::move(m_zText); }
 
  private:
-  std::string m_zText;
+  const std::function<void(std::string_view)>& m_write;
 };
 
-std::string Serialise(pugi::xml_node node) {
-  StringWriter writer;
+void Serialise(pugi::xml_node node, const std::function<void(std::string_view)>& write) {
+  PartWriter writer(write);
   node.print(writer, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-  return writer.Take();
+}
+
+std::string Serialise(pugi::xml_node node) {
+  std::string zText;
+  Serialise(node, [&](std::string_view zvPart) { zText += zvPart; });
+  return zText;
 }
 
 enum class Blanks { Allowed, Refused };
@@ -278,25 +293,30 @@ std::string Document::XML() const {
   return Serialise(m_oTree->Root());
 }
 
+void Document::Write(const std::function<void(std::string_view)>& write) const {
+  Serialise(m_oTree->Root(), write);
+}
+
 Element::Element(std::shared_ptr<Document::Tree> oTree, void* pNode)
     : m_oTree(std::move(oTree)), m_pNode(pNode) {}
 
 void Element::SetAttribute(const char* zvName, std::string_view zvValue) {
-  pugi::xml_node node = NodeOf(*this, m_pNode, "Element.SetAttribute");
-  if (const std::optional<std::size_t> lAt = text::FindNonXML(zvValue)) {
-    throw Failure(failure::kXmlCharacter,
-                  std::string("The text for the attribute \"") + zvName + "\" of the XML element \"" +
-                      node.name() + "\" has at byte " + std::to_string(*lAt + 1) + " of " +
-                      std::to_string(zvValue.size()) +
-                      " what XML cannot hold, a control character or broken UTF-8; take it out of the text");
-  }
+  const pugi::xml_node node = NodeOf(*this, m_pNode, "Element.SetAttribute");
   pugi::xml_attribute attribute = node.attribute(zvName);
-  if (attribute) {
-    RequireMemory(attribute.set_value(zvValue.data(), zvValue.size()));
+  if (!attribute) {
+    AddAttribute(zvName, zvValue);
     return;
   }
-  attribute = node.append_attribute("");
-  if (!attribute.set_name(zvName) || !attribute.set_value(zvValue.data(), zvValue.size())) {
+  RequireXML(node, zvName, zvValue);
+  RequireMemory(attribute.set_value(zvValue.data(), zvValue.size()));
+}
+
+void Element::AddAttribute(const char* zvName, std::string_view zvValue) {
+  pugi::xml_node node = NodeOf(*this, m_pNode, "Element.AddAttribute");
+  RequireXML(node, zvName, zvValue);
+  pugi::xml_attribute attribute = node.append_attribute(zvName);
+  // Without memory for the name there is an attribute without one.
+  if (*attribute.name() == '\0' || !attribute.set_value(zvValue.data(), zvValue.size())) {
     node.remove_attribute(attribute);
     throw std::bad_alloc();
   }

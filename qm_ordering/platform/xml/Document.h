@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -39,6 +40,10 @@ class Document {
   // The document's text; empty for an empty document.
   std::string XML() const;
 
+  // Hands the same text over in parts, of some kilobytes each, so that a long one is never in memory as a
+  // whole.
+  void Write(const std::function<void(std::string_view)>& write) const;
+
  private:
   friend class Element;
   struct Tree;
@@ -58,6 +63,10 @@ class Element {
   // return, surrogates, U+FFFE, U+FFFF; the element is then unchanged. The message names element, attribute
   // and byte, counted from 1.
   void SetAttribute(const char* zvName, std::string_view zvValue);
+
+  // Likewise, for an attribute that the element does not have: it is not looked for, since looking for each
+  // of many costs more than setting them.
+  void AddAttribute(const char* zvName, std::string_view zvValue);
 
   // The attribute's value; empty when it is not there.
   std::string Attribute(std::string_view zvName) const;
