@@ -7,6 +7,7 @@
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
 #include "qm_ordering/order/ItemElement.h"
+#include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/file/WholeFile.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
@@ -123,7 +124,8 @@ void PersonalLists::SaveAsXML() {
       // By the id that it has now, which a host may have changed.
       const std::shared_ptr<PersonalList> oHeld = m_oLists.Item(oList->ListID(), "PersonalLists.SaveAsXML");
       oHeld->LoadItems();
-      for (const auto& oItem : *oHeld->OrderItems()) {
+      const auto oItems = RequireObject(oHeld->OrderItems(), "the collection of items");
+      for (const auto& oItem : *oItems) {
         element.AppendChild(ItemElement(document, *oItem, amounts));
       }
       root.AppendChild(element);

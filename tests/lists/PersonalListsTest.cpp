@@ -178,6 +178,18 @@ TEST_F(PersonalListsTest, AreWrittenByTheIdThatTheHeldListHasNow) {
   EXPECT_FALSE(std::filesystem::exists(File()));
 }
 
+TEST_F(PersonalListsTest, LeaveTheOldFileWhenAListHasNoCollectionOfItems) {
+  test::WriteFile(File(), "the old one");
+  Lists.CreateList("a");
+  PersonalLists loaded;
+  loaded.LoadLists();
+  loaded.Item(1)->OrderItems(nullptr);
+  loaded.SaveAsXML();
+  EXPECT_EQ(failure::kObjectNotSet, qm_ordering::LastFailure().Number);
+  EXPECT_EQ("PersonalLists.SaveAsXML", qm_ordering::LastFailure().Operation);
+  EXPECT_EQ("the old one", test::ReadFile(File()));
+}
+
 TEST_F(PersonalListsTest, LeaveNothingBehindWhenTheFileCannotBeReplaced) {
   std::filesystem::create_directories(File() + "/in the way");
   Lists.CreateList("a");
