@@ -3,11 +3,32 @@
 #include "qm_ordering/foundation/Formatting.h"
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/platform/text/NumberFormat.h"
+#include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/platform/xml/Document.h"
 #include "qm_ordering/store/Database.h"
 
 namespace qm_ordering {
+
+namespace {
+
+xml::Element OrderElement(xml::Document& oDocument, const PreviousOrder& order,
+                          const text::AmountFormat& amounts) {
+  xml::Element element = oDocument.CreateElement("previousorder");
+  try {
+    element.AddAttribute("orderid", std::to_string(order.OrderID()));
+    element.AddAttribute("purchaseordernumber", order.PurchaseOrderNumber());
+    element.AddAttribute("submitdate",
+                         order.SubmitDate().IsZero() ? std::string() : ShortDate(order.SubmitDate()));
+    element.AddAttribute("ordertotal", amounts.Text(order.OrderTotal()));
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(),
+                  "Order " + std::to_string(order.OrderID()) + ": " + failure.Description());
+  }
+  return element;
+}
+
+}  // namespace
 
 OrderHistory::OrderHistory() = default;
 
@@ -62,13 +83,7 @@ std::string OrderHistory::GetXML() const {
     xml::Element orders = document.CreateElement("previousorders");
     root.AppendChild(orders);
     for (const auto& oOrder : *this) {
-      xml::Element order = document.CreateElement("previousorder");
-      order.AddAttribute("orderid", std::to_string(oOrder->OrderID()));
-      order.AddAttribute("purchaseordernumber", oOrder->PurchaseOrderNumber());
-      order.AddAttribute("submitdate",
-                         oOrder->SubmitDate().IsZero() ? std::string() : ShortDate(oOrder->SubmitDate()));
-      order.AddAttribute("ordertotal", amounts.Text(oOrder->OrderTotal()));
-      orders.AppendChild(order);
+      orders.AppendChild(OrderElement(document, *oOrder, amounts));
     }
     document.AppendChild(root);
     return document.XML();

@@ -1,6 +1,5 @@
 #include "qm_ordering/lists/PersonalLists.h"
 
-#include <utility>
 #include <vector>
 
 #include "qm_ordering/foundation/Errors.h"
@@ -10,6 +9,7 @@
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/file/WholeFile.h"
+#include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/platform/xml/Document.h"
 #include "qm_ordering/store/Database.h"
@@ -18,11 +18,36 @@ namespace qm_ordering {
 
 namespace {
 
+// Runs the body; its failure begins with the list that it is about.
+template <typename Body>
+auto ForList(const PersonalList& list, Body body) {
+  try {
+    return body();
+  } catch (const Failure& failure) {
+    throw Failure(failure.Number(), "List " + std::to_string(list.ListID()) + ", " + list.Name() + ": " +
+                                        failure.Description());
+  }
+}
+
 xml::Element ListElement(xml::Document& oDocument, const PersonalList& list) {
-  xml::Element element = oDocument.CreateElement("personallist");
-  element.AddAttribute("id", std::to_string(list.ListID()));
-  element.AddAttribute("name", list.Name());
-  return element;
+  return ForList(list, [&] {
+    xml::Element element = oDocument.CreateElement("personallist");
+    element.AddAttribute("id", std::to_string(list.ListID()));
+    element.AddAttribute("name", list.Name());
+    return element;
+  });
+}
+
+// Fills an empty document; answers the elements of the lists, in their order.
+std::vector<xml::Element> MakeCatalogue(xml::Document& orDocument, const PersonalLists& lists) {
+  std::vector<xml::Element> elements;
+  xml::Element root = orDocument.CreateElement("personallists");
+  for (const auto& oList : lists) {
+    elements.push_back(ListElement(orDocument, *oList));
+    root.AppendChild(elements.back());
+  }
+  orDocument.AppendChild(root);
+  return elements;
 }
 
 }  // namespace
@@ -105,11 +130,7 @@ std::shared_ptr<PersonalList> PersonalLists::Item(std::int32_t lvListID) const {
 std::string PersonalLists::GetXML() const {
   return OrOutOfMemory([&] {
     xml::Document document;
-    xml::Element root = document.CreateElement("personallists");
-    for (const auto& oList : *this) {
-      root.AppendChild(ListElement(document, *oList));
-    }
-    document.AppendChild(root);
+    MakeCatalogue(document, *this);
     return document.XML();
   });
 }
@@ -118,19 +139,18 @@ void PersonalLists::SaveAsXML() {
   try {
     const text::AmountFormat amounts;
     xml::Document document;
-    xml::Element root = document.CreateElement("personallists");
+    // All names before any list takes its items, which it takes once: after a name that XML cannot hold was
+    // put right, the call can be repeated.
+    std::vector<xml::Element> elements = MakeCatalogue(document, *this);
+    auto element = elements.begin();
     for (const auto& oList : *this) {
-      xml::Element element = ListElement(document, *oList);
       // By the id that it has now, which a host may have changed.
       const std::shared_ptr<PersonalList> oHeld = m_oLists.Item(oList->ListID(), "PersonalLists.SaveAsXML");
       oHeld->LoadItems();
       const auto oItems = RequireObject(oHeld->OrderItems(), "the collection of items");
-      for (const auto& oItem : *oItems) {
-        element.AppendChild(ItemElement(document, *oItem, amounts));
-      }
-      root.AppendChild(element);
+      ForList(*oHeld, [&] { AppendItemElements(document, *element, *oItems, amounts); });
+      ++element;
     }
-    document.AppendChild(root);
     file::ReplaceFile(
         file::SystemPath(DatabasePath() + "\\PersonalLists.xml", UserSettingConstants::ORDERINGDATABASEPATH),
         [&](const file::TakePart& take) { document.Write(take); });

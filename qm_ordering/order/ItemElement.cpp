@@ -1,6 +1,7 @@
 #include "qm_ordering/order/ItemElement.h"
 
 #include "qm_ordering/foundation/Formatting.h"
+#include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering {
 
@@ -25,6 +26,20 @@ xml::Element ItemElement(xml::Document& oDocument, const OrderItem& item, const 
   element.AddAttribute("hascontractitem", BooleanDigit(item.HasContractItem()));
   element.AddAttribute("haspartsinfo", BooleanDigit(item.HasPartsInfo()));
   return element;
+}
+
+void AppendItemElements(xml::Document& oDocument, xml::Element& orParent, const OrderItems& items,
+                        const text::AmountFormat& amounts) {
+  int lLine = 0;
+  for (const auto& oItem : items) {
+    ++lLine;
+    try {
+      orParent.AppendChild(ItemElement(oDocument, *oItem, amounts));
+    } catch (const Failure& failure) {
+      throw Failure(failure.Number(), "Line " + std::to_string(lLine) + ", item " + oItem->ItemNumber() +
+                                          ": " + failure.Description());
+    }
+  }
 }
 
 }  // namespace qm_ordering

@@ -7,23 +7,11 @@
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/clock/Clock.h"
 #include "qm_ordering/platform/text/NumberFormat.h"
-#include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/xml/Document.h"
 
 namespace qm_ordering {
 
 namespace {
-
-// Among thousands of lines a failure is of use only when it names the one that it is about.
-void AppendLine(xml::Document& orDocument, xml::Element& orLines, const OrderItem& item,
-                const text::AmountFormat& amounts, int lvLine) {
-  try {
-    orLines.AppendChild(ItemElement(orDocument, item, amounts));
-  } catch (const Failure& failure) {
-    throw Failure(failure.Number(), "Line " + std::to_string(lvLine) + ", item " + item.ItemNumber() + ": " +
-                                        failure.Description());
-  }
-}
 
 std::string SubmitDateText(const OrderDetails& order, const std::string& zvToday) {
   if (order.IsCurrentOrder()) {
@@ -58,11 +46,7 @@ std::string OrderDocument(const OrderDetails& order) {
   GraftElement(root, oDelivery->GetXML(), "deliveryinformation");
 
   xml::Element items = document.CreateElement("orderitems");
-  int lLine = 0;
-  for (const auto& oItem : *order.OrderItems()) {
-    ++lLine;
-    AppendLine(document, items, *oItem, amounts, lLine);
-  }
+  AppendItemElements(document, items, *order.OrderItems(), amounts);
   root.AppendChild(items);
   return document.XML();
 }

@@ -10,6 +10,7 @@
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "tests/support/EnvironmentScope.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/RaisedNumber.h"
 #include "tests/support/StoreFixture.h"
 #include "tests/support/StrictXml.h"
@@ -137,6 +138,19 @@ TEST_F(OrderHistoryTest, IsNotHiddenByARowWithoutItsValues) {
   EXPECT_EQ("", oOrder->PurchaseOrderNumber());
   EXPECT_TRUE(oOrder->SubmitDate().IsZero());
   EXPECT_NE(std::string::npos, history.GetXML().find("submitdate=\"\" ordertotal=\"0.00\""));
+}
+
+TEST_F(OrderHistoryTest, SaysWhichOrderHasANumberThatXMLCannotHold) {
+  Submit("PO-1", "1");
+  const std::int32_t lOrderID = Submit("PO-2", "1");
+  Store.Run("update tblOrder set zPurchaseOrderNumber = 'x' || char(1) where lOrderID = " +
+            std::to_string(lOrderID));
+  OrderHistory history;
+  history.LoadOrders();
+  const qm_ordering::Failure raised = test::FailureOf([&] { history.GetXML(); });
+  EXPECT_EQ(failure::kXmlCharacter, raised.Number());
+  EXPECT_TRUE(raised.Description().starts_with("Order " + std::to_string(lOrderID) + ": "))
+      << raised.Description();
 }
 
 TEST_F(OrderHistoryTest, GivesTheWholeOrderOfAnEntry) {

@@ -12,6 +12,7 @@
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FailureOf.h"
 #include "tests/support/RaisedNumber.h"
 #include "tests/support/StoreFixture.h"
 #include "tests/support/StrictXml.h"
@@ -188,6 +189,46 @@ TEST_F(PersonalListsTest, LeaveTheOldFileWhenAListHasNoCollectionOfItems) {
   EXPECT_EQ(failure::kObjectNotSet, qm_ordering::LastFailure().Number);
   EXPECT_EQ("PersonalLists.SaveAsXML", qm_ordering::LastFailure().Operation);
   EXPECT_EQ("the old one", test::ReadFile(File()));
+}
+
+TEST_F(PersonalListsTest, AreWrittenAfterANameThatXMLCannotHoldIsPutRight) {
+  Lists.CreateList("a");
+  Lists.CreateList("b");
+  Add(1, "A-1");
+  PersonalLists loaded;
+  loaded.LoadLists();
+  loaded.Item(2)->Name("b\x01");
+  loaded.SaveAsXML();
+  EXPECT_EQ(failure::kXmlCharacter, qm_ordering::LastFailure().Number);
+  EXPECT_EQ(0, loaded.Item(1)->OrderItems()->Count()) << "no list has taken its items";
+  loaded.Item(2)->Name("b");
+  qm_ordering::ClearLastFailure();
+  loaded.SaveAsXML();
+  EXPECT_EQ(0, qm_ordering::LastFailure().Number) << qm_ordering::LastFailure().Description;
+  EXPECT_EQ(2U, test::ReadStrictly(test::ReadFile(File())).Children.size());
+}
+
+TEST_F(PersonalListsTest, SayInWhichListAndItemATextIsThatXMLCannotHold) {
+  Lists.CreateList("Tools");
+  Lists.CreateList("Paint");
+  Add(1, "A-1");
+  Add(1, "B-2");
+  Add(2, "A-1");
+  Store.Run("update tblPersonalListItem set zCustomerNotes = 'x' || char(1) where zItemNumber = 'B-2'");
+  Save();
+  std::string zSaid = qm_ordering::LastFailure().Description;
+  EXPECT_TRUE(zSaid.starts_with("List 1, Tools: Line 2, item B-2: ")) << zSaid;
+  EXPECT_NE(std::string::npos, zSaid.find("\"customernotes\"")) << zSaid;
+
+  PersonalLists loaded;
+  loaded.LoadLists();
+  loaded.Item(2)->Name("Pa\x01int");
+  loaded.SaveAsXML();
+  zSaid = qm_ordering::LastFailure().Description;
+  EXPECT_TRUE(zSaid.starts_with("List 2, Pa\x01int: ")) << zSaid;
+  const qm_ordering::Failure raised = test::FailureOf([&] { loaded.GetXML(); });
+  EXPECT_EQ(failure::kXmlCharacter, raised.Number());
+  EXPECT_EQ(zSaid, raised.Description());
 }
 
 TEST_F(PersonalListsTest, LeaveNothingBehindWhenTheFileCannotBeReplaced) {
