@@ -1,31 +1,13 @@
 #include "qm_ordering/lists/PersonalList.h"
 
-#include <optional>
-
 #include "qm_ordering/foundation/Errors.h"
-#include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/foundation/ErrorsOrdering.h"
 #include "qm_ordering/order/ItemFields.h"
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
 #include "qm_ordering/store/Database.h"
 
 namespace qm_ordering {
-
-namespace {
-
-// The id that the value names; nothing when it is no number.
-std::optional<std::int32_t> ListIDOf(const Variant& vvListID) {
-  try {
-    return vvListID.ToInteger();
-  } catch (const Failure& failure) {
-    if (failure.Number() == failure::kOverflow) {
-      throw;
-    }
-    return std::nullopt;
-  }
-}
-
-}  // namespace
 
 PersonalList::PersonalList()
     : m_oOrderItems(OrOutOfMemory([] { return std::make_shared<qm_ordering::OrderItems>(); })) {}
@@ -39,19 +21,19 @@ Database& PersonalList::Store() {
   return *m_oStore;
 }
 
-// Makes the list of the argument, where one is given, the object's; false, with the record set, when it names
-// none.
+// Makes the list of the argument the object's; false, with the record set, when the argument names none.
+// A missing argument and a number out of range raise.
 bool PersonalList::TakeListID(const Variant& vvListID) {
-  if (vvListID.IsMissing()) {
+  try {
+    m_lListID = vvListID.ToInteger();
     return true;
-  }
-  const std::optional<std::int32_t> lListID = ListIDOf(vvListID);
-  if (!lListID) {
+  } catch (const Failure& failure) {
+    if (vvListID.IsMissing() || failure.Number() == failure::kOverflow) {
+      throw;
+    }
     SetError(m_oError, OrderingError::errInvalidListID, "");
     return false;
   }
-  m_lListID = *lListID;
-  return true;
 }
 
 void PersonalList::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const Variant& vvListID) {
@@ -60,28 +42,21 @@ void PersonalList::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const 
       SetError(m_oError, OrderingError::errListIDNotSet, "");
       return;
     }
+    // Fails where no id was given: the list is to be named with every item.
     if (!TakeListID(vvListID)) {
       return;
     }
-    // Fails where no id was given: the list is to be named with every item.
-    m_lListID = vvListID.ToInteger();
     OrderItem& item = *RequireObject(ovOrderItem, "the item to be added");
     item.OrderID(m_lListID);
-    {
-      // One unit, so that two programs that add the same item at once both count.
-      Database::WriteUnit unit(Store());
-      if (Store().PersonalList_ItemExists(item.OrderID(), item.ItemNumber())) {
-        Store().PersonalList_IncrementQuantity(item.OrderID(), item.ItemNumber(), item.Quantity());
-        unit.Commit();
-      } else {
-        Store().PersonalList_AddItem(
-            item.OrderID(), item.ItemNumber(), item.Quantity(), item.Description(), item.ShortDescription(),
-            item.Manufacturer(), item.Model(), item.SellQuantity(), item.ShipQuantity(), item.UsuallyShips(),
-            item.IsTaxable(), item.CustomerPartNumber(), item.CustomerNotes(), item.HasPartsInfo());
-        const ErrorInfo stored = Store().Error();
-        if (stored.Number == 0) {
-          unit.Commit();
-        }
+    if (!AddToStoredLine(item)) {
+      Store().PersonalList_AddItem(
+          item.OrderID(), item.ItemNumber(), item.Quantity(), item.Description(), item.ShortDescription(),
+          item.Manufacturer(), item.Model(), item.SellQuantity(), item.ShipQuantity(), item.UsuallyShips(),
+          item.IsTaxable(), item.CustomerPartNumber(), item.CustomerNotes(), item.HasPartsInfo());
+      const ErrorInfo stored = Store().Error();
+      // The store refuses a line that another program has added meanwhile.
+      const bool bRefused = stored.Number == ErrorTableEntry(OrderingError::errOrderNotLoaded).Number;
+      if (!bRefused || !AddToStoredLine(item)) {
         m_oError = stored;
       }
     }
@@ -91,13 +66,23 @@ void PersonalList::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const 
   });
 }
 
+// False when the list has no line of that item number. Of two programs that add at once both count, since the
+// store itself adds to the quantity.
+bool PersonalList::AddToStoredLine(const OrderItem& item) {
+  if (!Store().PersonalList_ItemExists(item.OrderID(), item.ItemNumber())) {
+    return false;
+  }
+  Store().PersonalList_IncrementQuantity(item.OrderID(), item.ItemNumber(), item.Quantity());
+  return true;
+}
+
 void PersonalList::LoadSummary(const Variant& vvListID) {
   OrOutOfMemory([&] {
     if (vvListID.IsMissing() && m_lListID == -1) {
       SetError(m_oError, OrderingError::errListIDNotSet, "");
       return;
     }
-    if (!TakeListID(vvListID)) {
+    if (!vvListID.IsMissing() && !TakeListID(vvListID)) {
       return;
     }
     const Database::Reading reading(Store());
@@ -112,7 +97,7 @@ void PersonalList::LoadSummary(const Variant& vvListID) {
 
 void PersonalList::LoadItems(const Variant& vvListID) {
   OrOutOfMemory([&] {
-    if (!TakeListID(vvListID)) {
+    if (!vvListID.IsMissing() && !TakeListID(vvListID)) {
       return;
     }
     const Database::Reading reading(Store());

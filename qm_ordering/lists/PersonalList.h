@@ -18,7 +18,8 @@ class Database;
 // A named list of items that a user keeps for ordering again. Prices are no part of it.
 //
 // The error record shows the last failure: no member clears it but AddItem of a new line that succeeds. Read
-// it right after the call that is to be judged. Members raise the store's failure, and 7 where memory ends.
+// it right after the call that is to be judged. Members raise the store's failure (AddItem says which one it
+// records), and 7 where memory ends.
 class QM_ORDERING_API PersonalList : public LibraryObject {
  public:
   // Without a list: ListID is -1.
@@ -49,8 +50,11 @@ class QM_ORDERING_API PersonalList : public LibraryObject {
   // whose other fields stay. The item's OrderID becomes the list's id, and the item becomes a member of
   // OrderItems; 457 is raised when that holds its item number already, with the line stored. vvListID must be
   // given: without it the record is 9, "List ID not set", while ListID is -1, and 13 is raised otherwise.
-  // Raises 91 for a null item, and 6, with nothing stored, for more than a quantity holds. A line that the
-  // store refuses (a list that is not there) is record 4.
+  // Raises 91 for a null item, and 6, with nothing stored, for more than a quantity holds. A new line that
+  // the store refuses (a list that is not there, a quote in UsuallyShips, a text that is not UTF-8) is record
+  // 4, any other failure to store it (a full disk, a store that another program holds) record 5 with the
+  // detail. The store's failure is raised where the list cannot be looked at or the quantity not be added,
+  // and the record stays as it was.
   void AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const Variant& vvListID = Variant::Missing());
 
   // Reads the name of the list vvListID, or of ListID. Record 9 without either, record 11, "List not found",
@@ -65,6 +69,7 @@ class QM_ORDERING_API PersonalList : public LibraryObject {
  private:
   Database& Store();
   bool TakeListID(const Variant& vvListID);
+  bool AddToStoredLine(const OrderItem& item);
 
   std::string m_zName;
   std::int32_t m_lListID = -1;

@@ -1,12 +1,18 @@
 #include "qm_ordering/lists/PersonalList.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 #include <memory>
 
+#include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/lists/PersonalLists.h"
+#include "qm_ordering/platform/ado/Connection.h"
+#include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/value/Failure.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/FailureOf.h"
 #include "tests/support/RaisedNumber.h"
 #include "tests/support/StoreFixture.h"
@@ -208,6 +214,52 @@ TEST_F(PersonalListTest, RecordsALineThatTheStoreRefusesAndDoesNotHoldIt) {
   EXPECT_EQ(Rows{}, Lines());
 }
 
+TEST_F(PersonalListTest, RecordsADiskThatIsFullAndDoesNotHoldTheLine) {
+  qm_ordering::ado::embedded::CloseIdleSessions();
+  test::ChildProcess child([&]() -> std::string {
+    // A limit on the size of a file fails in the middle of the writing, as a full disk does.
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{65'536, 65'536};
+    if (setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+      return "no limit";
+    }
+    const auto oItem = NewItem("A-1");
+    oItem->CustomerNotes(std::string(300'000, 'x'));
+    List.AddItem(oItem, 5);
+    return Recorded(List) + (List.OrderItems()->Count() == 0 ? "" : ", and the line is held");
+  });
+  const std::string zOutcome = child.Outcome();
+  EXPECT_TRUE(zOutcome.starts_with("5 -2147467259 : ")) << zOutcome;
+  EXPECT_NE(std::string::npos, zOutcome.find(Store.Path())) << zOutcome;
+  EXPECT_FALSE(zOutcome.ends_with("and the line is held")) << zOutcome;
+  EXPECT_EQ(Rows{}, Lines());
+}
+
+TEST_F(PersonalListTest, CountsWithALineThatAnotherProgramAddsInBetween) {
+  test::TraceRecorder trace;
+  const auto addInBetween = [&](const std::string& zSQL) {
+    if (zSQL.starts_with("insert")) {
+      Store.Run(
+          "pragma busy_timeout = 0; delete from tblPersonalListItem; "
+          "insert into tblPersonalListItem (lListID, zItemNumber, lQuantity) values (5, 'a-1', 5)");
+    }
+  };
+  trace.Before = addInBetween;
+  const auto oItem = NewItem("A-1", 2);
+  List.AddItem(oItem, 5);
+  EXPECT_EQ("0 ", Recorded(List));
+  EXPECT_EQ(oItem, List.OrderItems()->Item(1));
+  EXPECT_EQ((Rows{{"5", "a-1", "7", "NULL"}}), Lines());
+
+  Store.Run("delete from tblPersonalListItem");
+  PersonalList other;
+  other.LoadSummary();
+  other.AddItem(NewItem("A-1", 2), 5);
+  EXPECT_EQ("9 List ID not set", Recorded(other)) << "as with every line that is there";
+  EXPECT_EQ(0, other.OrderItems()->Count());
+  EXPECT_EQ((Rows{{"5", "a-1", "7", "NULL"}}), Lines());
+}
+
 TEST_F(PersonalListTest, DoesNotHoldAnIncrementedItemWhileAnOlderErrorStands) {
   List.AddItem(NewItem("A-1", 5), 5);
   PersonalList other;
@@ -282,4 +334,32 @@ TEST_F(PersonalListTest, ShowsAnOldErrorAfterALoadThatSucceeds) {
   List.LoadSummary();
   List.LoadItems(5);
   EXPECT_EQ("9 List ID not set", Recorded(List));
+}
+
+// A store that another program holds; the call waits some seconds before it gives up.
+class PersonalListOfAHeldStoreFull : public PersonalListTest {
+ protected:
+  PersonalListOfAHeldStoreFull() {
+    m_oOther.Open(qm_ordering::ConnectionString());
+    m_oOther.BeginTransaction();
+  }
+  qm_ordering::ado::Connection m_oOther;
+};
+
+TEST_F(PersonalListOfAHeldStoreFull, RecordsThatItsLineCannotBeStored) {
+  List.AddItem(NewItem("A-1"), 5);
+  EXPECT_TRUE(Recorded(List).starts_with("5 -2147467259 : ")) << Recorded(List);
+  EXPECT_EQ(0, List.OrderItems()->Count());
+}
+
+TEST_F(PersonalListOfAHeldStoreFull, RaisesWhereTheQuantityOfALineCannotBeChanged) {
+  m_oOther.RollbackTransaction();
+  List.AddItem(NewItem("A-1"), 5);
+  m_oOther.BeginTransaction();
+  PersonalList other;
+  EXPECT_EQ(-2147467259, RaisedNumber([&] {
+    other.AddItem(NewItem("A-1"), 5);
+    return 0;
+  }));
+  EXPECT_EQ("0 ", Recorded(other));
 }
