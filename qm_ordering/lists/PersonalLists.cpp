@@ -151,9 +151,10 @@ void PersonalLists::SaveAsXML() {
       ForList(*oHeld, [&] { AppendItemElements(document, *element, *oItems, amounts); });
       ++element;
     }
-    file::ReplaceFile(
+    const file::WholeFile file(
         file::SystemPath(DatabasePath() + "\\PersonalLists.xml", UserSettingConstants::ORDERINGDATABASEPATH),
-        [&](const file::TakePart& take) { document.Write(take); });
+        "file of the personal lists");
+    file::WholeFile::Writing(file).Replace([&](const file::TakePart& take) { document.Write(take); });
   } catch (...) {
     CatchFailure("PersonalLists.SaveAsXML");
   }

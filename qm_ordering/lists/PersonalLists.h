@@ -16,8 +16,8 @@ namespace qm_ordering {
 class Database;
 
 // All personal lists. It is filled once, by LoadLists, and holds what was stored then: the members that
-// change the store do not change it. Who wants to see what has changed since makes a new one; so does who
-// saves the file of all lists again, since a list does not take its items twice.
+// change the store do not change it. Make a new one to see what has changed since, and to save the file of
+// all lists again, since a list does not take its items twice.
 //
 // Members that ask the store answer an empty text, false or 0 where they fail, and LastFailure says why.
 // Where memory ends, members raise 7.
@@ -45,7 +45,7 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   // is no list of that id.
   bool RenameList(std::int32_t lvListID, const std::string& zvNewListName);
   // Removes a list and its lines from the store; nothing when there is none. A failure shows in LastFailure
-  // alone.
+  // alone: call ClearLastFailure first, since it may hold an older one.
   void RemoveList(std::int32_t lvListID);
   // The same by name, in any letter case. True when the store was asked, also when there is no such list;
   // false on a failure.
@@ -70,10 +70,16 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   // Raises -1072896760 when a name holds what XML cannot.
   std::string GetXML() const;
 
-  // Loads the items of every held list and writes all of it to PersonalLists.xml in the folder of the store.
-  // The file is replaced as a whole and is on disk afterwards. A failure is silent and leaves the old file,
-  // or the whole new one where it strikes at the very end; LastFailure says why. A second call on the same
-  // object fails when a list has an item.
+  // Loads the items of every held list and writes all of it to PersonalLists.xml in the folder of the store,
+  // or to the file that this name links to. The file is replaced as a whole and is on disk afterwards; a file
+  // PersonalLists.xml.lock beside it keeps two writers apart and stays. A catalogue that was not loaded
+  // writes a file without lists.
+  //
+  // A failure is silent and leaves the old file (after one of the very last step, the flush of the folder,
+  // the new one is there). LastFailure says what it was: call ClearLastFailure first, since it may hold an
+  // older one. Among the failures: 75 for a file that cannot be written or that another process keeps locked
+  // for five seconds, 76 for a folder that is not there, 91 for a list whose OrderItems is null, -1072896760
+  // for a name or item that XML cannot hold, 457 on a second call on the same object when a list has an item.
   void SaveAsXML();
 
  private:

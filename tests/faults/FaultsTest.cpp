@@ -244,8 +244,8 @@ class Faults : public testing::Test {
         return zvFile.starts_with("new") || zvFile.starts_with("Orders.mdb.replaced-") ||
                zvFile == "Orders.mdb.schema1";
       });
-      EXPECT_EQ((std::vector<std::string>{"Orders.mdb", "PersonalLists.xml", "backup.mdb", "settings.ini",
-                                          "settings.ini.lock"}),
+      EXPECT_EQ((std::vector<std::string>{"Orders.mdb", "PersonalLists.xml", "PersonalLists.xml.lock",
+                                          "backup.mdb", "settings.ini", "settings.ini.lock"}),
                 files);
     }
   }

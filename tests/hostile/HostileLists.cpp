@@ -245,7 +245,7 @@ void HostileHost::SaveListsFile() {
   Read("PersonalLists.SaveAsXML", "", {}, [&] { oCatalogue->SaveAsXML(); });
   const LastFailureInfo swallowed = LastFailure();
   const std::string zFile = std::filesystem::exists(ListsPath()) ? ReadFile(ListsPath()) : std::string();
-  Expect(!std::filesystem::exists(ListsPath() + ".tmp"), "a temporary file is left");
+  Expect(PathsBeginningWith(ListsPath() + ".tmp.").empty(), "a temporary file is left");
   if (swallowed.Number != 0) {
     Expect(zFile == m_zListsFile, "the file has changed though it was not written: " + swallowed.Description);
     return;

@@ -142,7 +142,6 @@ TEST_F(PersonalListsTest, AreWrittenToTheFileWithTheirItems) {
   struct stat status {};
   ASSERT_EQ(0, stat(File().c_str(), &status));
   EXPECT_EQ(0600U, status.st_mode & 0777U);
-  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
 }
 
 TEST_F(PersonalListsTest, AreWrittenOnceByAnObjectAndThenNotAnymore) {
@@ -231,13 +230,13 @@ TEST_F(PersonalListsTest, SayInWhichListAndItemATextIsThatXMLCannotHold) {
   EXPECT_EQ(zSaid, raised.Description());
 }
 
-TEST_F(PersonalListsTest, LeaveNothingBehindWhenTheFileCannotBeReplaced) {
+TEST_F(PersonalListsTest, SayThatTheFileCannotBeReplaced) {
   std::filesystem::create_directories(File() + "/in the way");
   Lists.CreateList("a");
   Save();
   EXPECT_EQ(failure::kFileAccess, qm_ordering::LastFailure().Number);
-  EXPECT_NE(std::string::npos, qm_ordering::LastFailure().Description.find(File()));
-  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+  EXPECT_EQ("Cannot write the file of the personal lists \"" + File() + "\": Is a directory.",
+            qm_ordering::LastFailure().Description);
 }
 
 TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheDiskIsFull) {
@@ -257,14 +256,15 @@ TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheDiskIsFull) {
     Save();
     return std::to_string(qm_ordering::LastFailure().Number) + " " + qm_ordering::LastFailure().Description;
   });
-  EXPECT_EQ("75 The file " + File() + " was not written: File too large.", child.Outcome());
+  EXPECT_EQ("75 Cannot write the file of the personal lists \"" + File() + "\": File too large.",
+            child.Outcome());
   EXPECT_EQ(zOld, test::ReadFile(File()));
-  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
 }
 
-TEST_F(PersonalListsTest, TakeTheWorkOfAKilledProgramOver) {
-  test::WriteFile(File() + ".tmp", std::string(100'000, 'x'));
+TEST_F(PersonalListsTest, AreWrittenThroughASymbolicLink) {
+  std::filesystem::create_directory(Folder.File("shared"));
+  std::filesystem::create_symlink("shared/PersonalLists.xml", File());
   Save();
-  EXPECT_EQ("<personallists/>", test::ReadFile(File()));
-  EXPECT_FALSE(std::filesystem::exists(File() + ".tmp"));
+  EXPECT_TRUE(std::filesystem::is_symlink(File()));
+  EXPECT_EQ("<personallists/>", test::ReadFile(Folder.File("shared/PersonalLists.xml")));
 }

@@ -295,9 +295,9 @@ void OperationFixture::GoOn(const Operation& operation, std::optional<CurrentOrd
 
 // What lies in the folder and should not.
 std::string OperationFixture::Leftovers() const {
-  static constexpr std::array<const char*, 6> kExpected = {"Orders.mdb",        "Orders.mdb-wal",
-                                                           "Orders.mdb-shm",    "settings.ini",
-                                                           "settings.ini.lock", "PersonalLists.xml"};
+  static constexpr std::array<const char*, 7> kExpected = {
+      "Orders.mdb",        "Orders.mdb-wal",    "Orders.mdb-shm",        "settings.ini",
+      "settings.ini.lock", "PersonalLists.xml", "PersonalLists.xml.lock"};
   std::string zLeft;
   for (const auto& entry : std::filesystem::directory_iterator(Folder.Path())) {
     const std::string zName = entry.path().filename();

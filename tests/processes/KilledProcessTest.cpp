@@ -276,10 +276,11 @@ class KilledProcess : public testing::Test {
     }
     m_oModel = *state;
     EXPECT_EQ(m_oModel.Findings(), zFindings) << zvInFlight;
-    if (const std::string zTemporary = Shared->ListsPath() + ".tmp"; std::filesystem::exists(zTemporary)) {
+    if (const std::string zTemporary = Shared->ListsPath() + ".tmp.";
+        !test::PathsBeginningWith(zTemporary).empty()) {
       ++Count.Temporaries;
       Change({.What = Call::Kind::ExportLists});
-      EXPECT_FALSE(std::filesystem::exists(zTemporary));
+      EXPECT_EQ(Texts(), test::PathsBeginningWith(zTemporary));
       EXPECT_EQ(m_oModel.Describe(), StoreModel::DescribeStored(*Shared));
     }
     if (m_oModel.Findings().empty()) {

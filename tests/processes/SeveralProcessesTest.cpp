@@ -202,7 +202,7 @@ class SeveralProcesses : public testing::Test {
               std::stoi(shared.Store().Value("select count(*) from tblPersonalList where zName = 'Common'")));
     // The file is one program's, whole, and nothing of another one's is left beside it.
     EXPECT_EQ("personallists", test::ReadStrictly(test::ReadFile(shared.ListsPath())).Name);
-    EXPECT_FALSE(std::filesystem::exists(shared.ListsPath() + ".tmp"));
+    EXPECT_EQ(Texts(), test::PathsBeginningWith(shared.ListsPath() + ".tmp."));
   }
 
   void DeleteOrders(const test::SharedStore& shared, int lvProcesses) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -20,6 +21,18 @@ TempFolder::TempFolder() {
 TempFolder::~TempFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(m_zPath, ignored);
+}
+
+std::vector<std::string> PathsBeginningWith(const std::string& zvStart) {
+  std::vector<std::string> paths;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(zvStart).parent_path())) {
+    if (entry.path().string().starts_with(zvStart)) {
+      paths.push_back(entry.path().string());
+    }
+  }
+  std::ranges::sort(paths);
+  return paths;
 }
 
 std::string ReadFile(const std::string& zvPath) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace test {
 
@@ -19,6 +20,9 @@ class TempFolder {
  private:
   std::filesystem::path m_zPath;
 };
+
+// The files and folders whose paths begin with that text, in order; its folder must be there.
+std::vector<std::string> PathsBeginningWith(const std::string& zvStart);
 
 // The file's bytes; fails the test when it cannot be read.
 std::string ReadFile(const std::string& zvPath);

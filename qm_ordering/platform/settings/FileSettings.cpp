@@ -1,21 +1,19 @@
 #include "qm_ordering/platform/settings/FileSettings.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
 
+#include "qm_ordering/platform/file/Descriptor.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/file/SystemError.h"
+#include "qm_ordering/platform/file/WholeFile.h"
 #include "qm_ordering/platform/settings/SettingsText.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
@@ -27,41 +25,16 @@ namespace {
 // Far more than settings need; a file beyond it is something else.
 constexpr std::size_t kMaximumSize = std::size_t{16} << 20;
 
-constexpr mode_t kFileMode = 0600;
-constexpr mode_t kFolderMode = 0700;
-
-constexpr int kLockAttempts = 1000;
-constexpr useconds_t kLockPause = 5'000;  // microseconds; five seconds in all
-
 [[noreturn]] void RaiseFileAccess(const char* zvWhat, const std::string& zvFile, const std::string& zvCause) {
   throw Failure(failure::kFileAccess,
                 std::string("Cannot ") + zvWhat + " the settings file \"" + zvFile + "\": " + zvCause + ".");
 }
 
-// A descriptor that is closed at the end of its scope.
-class Descriptor {
- public:
-  explicit Descriptor(int lvNumber) : m_lNumber(lvNumber) {}
-  ~Descriptor() {
-    if (m_lNumber >= 0) {
-      close(m_lNumber);
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  bool IsOpen() const { return m_lNumber >= 0; }
-  int Number() const { return m_lNumber; }
-
- private:
-  int m_lNumber;
-};
-
 // Never waits, whatever the file turns out to be.
 constexpr int kOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 std::string ReadWhole(const std::string& zvFile) {
-  const Descriptor file(open(zvFile.c_str(), O_RDONLY | kOpenFlags));
+  const file::Descriptor file(open(zvFile.c_str(), O_RDONLY | kOpenFlags));
   if (!file.IsOpen()) {
     if (errno == ENOENT) {
       return {};
@@ -101,132 +74,6 @@ settings::SettingsText ReadSettings(const std::string& zvFile) {
   return {ReadWhole(zvFile), zvFile};
 }
 
-std::string FolderOf(const std::string& zvFile) {
-  const std::size_t lSlash = zvFile.rfind('/');
-  return lSlash == 0 ? "/" : zvFile.substr(0, lSlash);
-}
-
-// Where the file is in truth: a link is followed by hand, since its target need not exist yet.
-std::string FollowLinks(const std::string& zvFile) {
-  constexpr int kMaximumLinks = 40;
-  std::string zTarget = zvFile;
-  for (int i = 0; i < kMaximumLinks; ++i) {
-    std::string zLink(PATH_MAX, '\0');
-    const ssize_t lLength = readlink(zTarget.c_str(), zLink.data(), zLink.size());
-    if (lLength < 0) {
-      return zTarget;
-    }
-    zLink.resize(static_cast<std::size_t>(lLength));
-    zTarget = zLink.starts_with('/') ? zLink : FolderOf(zTarget).append("/").append(zLink);
-  }
-  RaiseFileAccess("write", zvFile, file::SystemErrorText(ELOOP));
-}
-
-// A file system that cannot flush a folder has nothing to flush.
-void FlushFolder(const std::string& zvFolder, const std::string& zvFile) {
-  const Descriptor folder(open(zvFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.IsOpen() || (fsync(folder.Number()) != 0 && errno != EINVAL)) {
-    RaiseFileAccess("write", zvFile, "its folder cannot be flushed, " + file::SystemErrorText(errno));
-  }
-}
-
-void MakeFolders(const std::string& zvFolder, const std::string& zvFile) {
-  struct stat status {};
-  if (zvFolder == "/" || stat(zvFolder.c_str(), &status) == 0) {
-    return;
-  }
-  const std::string zParent = FolderOf(zvFolder);
-  MakeFolders(zParent, zvFile);
-  // Another process may be making the same folder.
-  if (mkdir(zvFolder.c_str(), kFolderMode) != 0 && errno != EEXIST) {
-    RaiseFileAccess("write", zvFile,
-                    "the folder \"" + zvFolder + "\" cannot be made, " + file::SystemErrorText(errno));
-  }
-  FlushFolder(zParent, zvFile);
-}
-
-// Keeps other writers of the file away for the length of a scope. The lock file stays for good: a writer that
-// removed it would let two others lock two different files.
-class WriteLock {
- public:
-  explicit WriteLock(const std::string& zvFile)
-      : m_oLock(open((zvFile + ".lock").c_str(), O_RDWR | O_CREAT | kOpenFlags, kFileMode)) {
-    if (!m_oLock.IsOpen()) {
-      RaiseFileAccess("write", zvFile,
-                      "\"" + zvFile + ".lock\" cannot be opened, " + file::SystemErrorText(errno));
-    }
-    for (int i = 0; flock(m_oLock.Number(), LOCK_EX | LOCK_NB) != 0; ++i) {
-      if (errno != EWOULDBLOCK && errno != EINTR) {
-        RaiseFileAccess("write", zvFile,
-                        "\"" + zvFile + ".lock\" cannot be locked, " + file::SystemErrorText(errno));
-      }
-      if (i == kLockAttempts) {
-        RaiseFileAccess("write", zvFile,
-                        "it is locked by another process. Try again when that one has finished");
-      }
-      usleep(kLockPause);
-    }
-  }
-
- private:
-  Descriptor m_oLock;
-};
-
-constexpr std::string_view kTemporaryMark = ".tmp.";
-
-// Removes what writers that were killed have left: while the lock is held, no temporary file is in use.
-void RemoveLeftovers(const std::string& zvFile) {
-  const std::string zStart = zvFile.substr(zvFile.rfind('/') + 1) + std::string(kTemporaryMark);
-  DIR* folder = opendir(FolderOf(zvFile).c_str());
-  if (folder == nullptr) {
-    RaiseFileAccess("write", zvFile, "its folder cannot be read, " + file::SystemErrorText(errno));
-  }
-  while (const dirent* entry = readdir(folder)) {
-    const std::string_view zName = entry->d_name;
-    if (zName.starts_with(zStart) && zName.size() > zStart.size() &&
-        zName.find_first_not_of("0123456789", zStart.size()) == std::string_view::npos) {
-      unlinkat(dirfd(folder), entry->d_name, 0);
-    }
-  }
-  closedir(folder);
-}
-
-void WriteAll(int lvDescriptor, std::string_view zvContent, const std::string& zvFile) {
-  while (!zvContent.empty()) {
-    const ssize_t lWritten = write(lvDescriptor, zvContent.data(), zvContent.size());
-    if (lWritten < 0 && errno == EINTR) {
-      continue;
-    }
-    if (lWritten < 0) {
-      RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
-    }
-    zvContent.remove_prefix(static_cast<std::size_t>(lWritten));
-  }
-  if (fsync(lvDescriptor) != 0) {
-    RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
-  }
-}
-
-void Replace(const std::string& zvFile, const std::string& zvContent) {
-  RemoveLeftovers(zvFile);
-  const std::string zTemporary = zvFile + std::string(kTemporaryMark) + std::to_string(getpid());
-  const Descriptor file(open(zTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
-  if (!file.IsOpen()) {
-    RaiseFileAccess("write", zvFile,
-                    "\"" + zTemporary + "\" cannot be made, " + file::SystemErrorText(errno));
-  }
-  try {
-    WriteAll(file.Number(), zvContent, zvFile);
-    if (std::rename(zTemporary.c_str(), zvFile.c_str()) != 0) {
-      RaiseFileAccess("write", zvFile, file::SystemErrorText(errno));
-    }
-  } catch (...) {
-    unlink(zTemporary.c_str());
-    throw;
-  }
-  FlushFolder(FolderOf(zvFile), zvFile);
-}
-
 class FileUserSettings : public UserSettings {
  public:
   explicit FileUserSettings(const std::string& zvFile) : m_oText(ReadSettings(zvFile)) {}
@@ -250,16 +97,17 @@ class FileOrderDefaults : public OrderDefaults {
   }
 
   void Save() override {
-    const std::string zTarget = FollowLinks(m_zFile);
-    const std::string zOld = ReadWhole(zTarget);
-    const std::string zNew = WithChanges(zOld, zTarget);
+    const file::WholeFile file(m_zFile, "settings file");
+    const std::string zOld = ReadWhole(file.Path());
+    const std::string zNew = WithChanges(zOld, file.Path());
     // A file that holds all of it already may stand where nothing can be written.
     if (zNew != zOld) {
-      MakeFolders(FolderOf(zTarget), zTarget);
-      const WriteLock lock(zTarget);
+      file.MakeFolders();
+      const file::WholeFile::Writing writing(file);
       // Another process may have written since: what counts is what the file holds now.
-      const std::string zNow = ReadWhole(zTarget);
-      Replace(zTarget, zNow == zOld ? zNew : WithChanges(zNow, zTarget));
+      const std::string zNow = ReadWhole(file.Path());
+      const std::string zContent = zNow == zOld ? zNew : WithChanges(zNow, file.Path());
+      writing.Replace([&](const file::TakePart& take) { take(zContent); });
     }
     m_oChanges.clear();
   }
