@@ -47,6 +47,10 @@ std::string ShortDate(const Date& datvDate) {
          PaddedNumber(datvDate.Year(), 4);
 }
 
+std::string ShortDateOrEmpty(const Date& datvDate) {
+  return datvDate.IsZero() ? std::string() : ShortDate(datvDate);
+}
+
 std::string TimeZoneSuffix() {
   // In 64 bits, where the smallest 32-bit number has a positive counterpart.
   const std::int64_t lBias = clock::Current().TimeZoneBias();

@@ -22,6 +22,9 @@ bool IsValidMonth(std::int32_t lvMonth);
 // "7/4/2003": month, day, year, no leading zeros, in every locale.
 std::string ShortDate(const Date& datvDate);
 
+// The same; empty for the zero date, which stands for none.
+std::string ShortDateOrEmpty(const Date& datvDate);
+
 // The time-zone bias twice, both in minutes: "300:300", "-60:60", "00:00". The form is shared with the
 // consumers of the order document, odd as it is.
 std::string TimeZoneSuffix();

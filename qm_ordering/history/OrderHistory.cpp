@@ -18,8 +18,7 @@ xml::Element OrderElement(xml::Document& oDocument, const PreviousOrder& order,
   try {
     element.AddAttribute("orderid", std::to_string(order.OrderID()));
     element.AddAttribute("purchaseordernumber", order.PurchaseOrderNumber());
-    element.AddAttribute("submitdate",
-                         order.SubmitDate().IsZero() ? std::string() : ShortDate(order.SubmitDate()));
+    element.AddAttribute("submitdate", ShortDateOrEmpty(order.SubmitDate()));
     element.AddAttribute("ordertotal", amounts.Text(order.OrderTotal()));
   } catch (const Failure& failure) {
     throw Failure(failure.Number(),

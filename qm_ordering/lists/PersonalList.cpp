@@ -91,7 +91,7 @@ void PersonalList::LoadSummary(const Variant& vvListID) {
       SetError(m_oError, OrderingError::errListNotFound, "");
       return;
     }
-    m_zName = TextOf(rows->Fields("zName"));
+    m_zName = rows->Fields("zName").Value().ToString();
   });
 }
 

@@ -11,17 +11,6 @@
 
 namespace qm_ordering {
 
-namespace {
-
-std::string SubmitDateText(const OrderDetails& order, const std::string& zvToday) {
-  if (order.IsCurrentOrder()) {
-    return zvToday;
-  }
-  return order.SubmitDate().IsZero() ? std::string() : ShortDate(order.SubmitDate());
-}
-
-}  // namespace
-
 std::string OrderDocument(const OrderDetails& order) {
   const auto oPayment = RequireObject(order.PaymentInformation(), "the payment information");
   const auto oInformation = RequireObject(order.OrderInformation(), "the order's information");
@@ -34,7 +23,7 @@ std::string OrderDocument(const OrderDetails& order) {
   root.SetAttribute("orderid", std::to_string(order.OrderID()));
   root.SetAttribute("purchaseordernumber", order.PurchaseOrderNumber());
   root.SetAttribute("totalprice", amounts.Text(order.TotalPrice()));
-  root.SetAttribute("submitdate", SubmitDateText(order, zToday));
+  root.SetAttribute("submitdate", order.IsCurrentOrder() ? zToday : ShortDateOrEmpty(order.SubmitDate()));
   root.SetAttribute("currentdate", zToday);
   root.SetAttribute("paymentmethod", std::to_string(oPayment->Method()));
   root.SetAttribute("deliverymethod", std::to_string(oDelivery->DeliveryMethod()));
