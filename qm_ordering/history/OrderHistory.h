@@ -15,8 +15,8 @@ namespace qm_ordering {
 
 class Database;
 
-// The orders that were submitted. It is filled once, by LoadOrders; who wants to see what has changed since
-// makes a new one. Members raise the store's failure (-2147217900 for a refused statement, -2147467259 for a
+// The orders that were submitted. It is filled once, by LoadOrders; make a new one to see what has changed
+// since. Members raise the store's failure (-2147217900 for a refused statement, -2147467259 for a
 // store that is missing, locked, unreadable or full), and 7 where memory ends.
 class QM_ORDERING_API OrderHistory : public LibraryObject {
  public:
@@ -32,8 +32,9 @@ class QM_ORDERING_API OrderHistory : public LibraryObject {
   const char* ClassName() const noexcept override { return "OrderHistory"; }
 
   // Adds the submitted orders, all ascending: 0 by purchase-order number, then date; 1 by purchase-order
-  // number; 2 by date; 3 by total. Raises 9 for any other code before the store is read, and 457 for the
-  // first order that is held already: a second call on the same object.
+  // number; 2 by date; 3 by total. Raises 9 for any other code before the store is read, 457 for the first
+  // order that is held already (a second call on the same object), and 13 or 6 for an order in which another
+  // program has stored what is no date or number; the entries before it are held then.
   void LoadOrders(std::int32_t lvSortOrder = 0);
 
   // Removes a submitted order and its lines from the store; nothing for the current order and for one that is
@@ -52,7 +53,8 @@ class QM_ORDERING_API OrderHistory : public LibraryObject {
 
   // The entries in the order in which they were loaded.
   Enumerator NewEnum() const { return Enumerator(begin()); }
-  // At the first entry, for a range-for over the collection itself.
+  // At the first entry, for a range-for over the collection itself: "const auto& oOrder", since it answers
+  // each by value.
   Iterator begin() const { return m_oOrders.begin(); }
   // Behind the last entry.
   std::default_sentinel_t end() const { return {}; }

@@ -39,10 +39,11 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   // Whether the store has a list of that name, in any letter case; false on a failure.
   bool ListExists(const std::string& zvName);
   // Adds an empty list to the store and answers its id; 0 on a failure. A list of that name, in any letter
-  // case, is replaced: it goes with its lines, and the new one has another id.
+  // case, is replaced: it goes with its lines, and the new one has another id. A name that is not UTF-8 is a
+  // failure.
   std::int32_t CreateList(const std::string& zvName);
-  // Gives a stored list another name. False when another list has it, and on a failure; true also when there
-  // is no list of that id.
+  // Gives a stored list another name. False when another list has it, and on a failure (a name that is not
+  // UTF-8 is one); true also when there is no list of that id.
   bool RenameList(std::int32_t lvListID, const std::string& zvNewListName);
   // Removes a list and its lines from the store; nothing when there is none. A failure shows in LastFailure
   // alone: call ClearLastFailure first, since it may hold an older one.
@@ -61,7 +62,8 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   std::int32_t Count() const { return m_oLists.Count(); }
   // The held lists in the order in which they were loaded.
   Enumerator NewEnum() const { return Enumerator(begin()); }
-  // At the first list, for a range-for over the collection itself.
+  // At the first list, for a range-for over the collection itself: "const auto& oList", since it answers each
+  // by value.
   Iterator begin() const { return m_oLists.begin(); }
   // Behind the last list.
   std::default_sentinel_t end() const { return {}; }

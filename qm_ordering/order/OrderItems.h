@@ -40,7 +40,8 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
 
   // The members in the order in which they were added.
   Enumerator NewEnum() const { return Enumerator(begin()); }
-  // At the first member, for a range-for over the collection itself.
+  // At the first member, for a range-for over the collection itself: "const auto& oItem", since it answers
+  // each by value.
   Iterator begin() const { return Iterator(m_oMembers); }
   // Behind the last member.
   std::default_sentinel_t end() const { return {}; }
