@@ -33,6 +33,23 @@ const std::vector<Operation>& GuardedOperations() {
        }},
       {"OrderDetails_ItemCount",
        [](Database& oDatabase) { static_cast<void>(oDatabase.OrderDetails_ItemCount(12)); }},
+      {"PersonalLists_CreateList",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_CreateList("New")); }},
+      {"PersonalLists_RenameList",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_RenameList(12, "Renamed")); }},
+      {"PersonalLists_RemoveList", [](Database& oDatabase) { oDatabase.PersonalLists_RemoveList(13); }},
+      {"PersonalLists_RemoveListByName",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_RemoveListByName("gone")); }},
+      {"PersonalLists_ListExists",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_ListExists("Tools")); }},
+      {"PersonalLists_GetName",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_GetName(12)); }},
+      {"PersonalList_AddItem",
+       [](Database& oDatabase) {
+         oDatabase.PersonalList_AddItem(12, "NEW", 1, "", "", "", "", 1, 1, "", false, "", "", false);
+       }},
+      {"OrderHistory_ItemExists",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.OrderHistory_ItemExists("PO-7")); }},
   };
   return operations;
 }
@@ -75,6 +92,19 @@ const std::vector<Operation>& UnguardedOperations() {
        [](Database& oDatabase) { static_cast<void>(oDatabase.Order_GetTotalPrice(12)); }},
       {"UpdateCustPartInfo",
        [](Database& oDatabase) { oDatabase.UpdateCustPartInfo({"A-1"}, {"P"}, {"N"}, 12); }},
+      {"PersonalLists_GetLists",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalLists_GetLists()); }},
+      {"PersonalList_GetSummary",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalList_GetSummary(12)); }},
+      {"PersonalList_GetItems",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalList_GetItems(12)); }},
+      {"PersonalList_ItemExists",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.PersonalList_ItemExists(12, "A-1")); }},
+      {"PersonalList_IncrementQuantity",
+       [](Database& oDatabase) { oDatabase.PersonalList_IncrementQuantity(12, "A-1", 1); }},
+      {"OrderHistory_GetOrders",
+       [](Database& oDatabase) { static_cast<void>(oDatabase.OrderHistory_GetOrders(0)); }},
+      {"OrderHistory_DeleteOrder", [](Database& oDatabase) { oDatabase.OrderHistory_DeleteOrder(99); }},
       {"deleteCustPartInfo", [](Database& oDatabase) { oDatabase.deleteCustPartInfo({"P"}, 12); }},
   };
   return operations;

@@ -8,7 +8,7 @@
 
 namespace test {
 
-// An operation of Database, called for order 12 and its line A-1.
+// An operation of Database, called for order 12 and its line A-1, or for list 12.
 struct Operation {
   const char* Name;
   std::function<void(qm_ordering::Database&)> Run;

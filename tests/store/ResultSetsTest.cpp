@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
-#include <system_error>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/platform/ado/Connection.h"
@@ -18,9 +21,12 @@ namespace {
 
 using test::Item;
 using test::Money;
+using test::OpenFiles;
 using test::Operation;
 using test::RaisedNumber;
 using test::Rows;
+
+using LiveSet = std::unique_ptr<qm_ordering::ado::Recordset>;
 
 class ResultSets : public test::DatabaseFixture {
  protected:
@@ -31,7 +37,10 @@ class ResultSets : public test::DatabaseFixture {
   }
 
   void FillLines() const {
-    Store.Run("delete from tblOrderItem");
+    Store.Run(
+        "delete from tblOrderItem; delete from tblPersonalListItem; "
+        "insert or ignore into tblPersonalList (lListID, zName) values (12, 'Tools'); "
+        "insert into tblPersonalListItem (lListID, zItemNumber) values (12, 'A-1')");
     for (const char* zItem : {"A-1", "A-2", "A-3"}) {
       AddLine(12, zItem);
     }
@@ -57,6 +66,16 @@ TEST_F(ResultSets, LinesAreReadFromTheOpenConnection) {
   EXPECT_EQ(3021, RaisedNumber([&] { rows->MoveNext(); }));
 }
 
+// The operations that hand back a live result set.
+const std::vector<std::pair<const char*, LiveSet (*)(qm_ordering::Database&)>> kLiveSets = {
+    {"OrderDetails_GetItems",
+     [](qm_ordering::Database& oDatabase) { return oDatabase.OrderDetails_GetItems(12, 0, false); }},
+    {"PersonalList_GetSummary",
+     [](qm_ordering::Database& oDatabase) { return oDatabase.PersonalList_GetSummary(12); }},
+    {"PersonalList_GetItems",
+     [](qm_ordering::Database& oDatabase) { return oDatabase.PersonalList_GetItems(12); }},
+};
+
 TEST_F(ResultSets, TheNextOperationOnTheSameObjectClosesTheLinesBeingRead) {
   for (const auto* pOperations : {&test::GuardedOperations(), &test::UnguardedOperations()}) {
     for (const Operation& operation : *pOperations) {
@@ -64,15 +83,18 @@ TEST_F(ResultSets, TheNextOperationOnTheSameObjectClosesTheLinesBeingRead) {
         continue;  // it has a connection of its own
       }
       SCOPED_TRACE(operation.Name);
-      Store.Run(
-          "update tblOrder set bIsCurrent = 0; update tblOrder set bIsCurrent = -1 where lOrderID = 12");
-      FillLines();
-      const auto rows = Database.OrderDetails_GetItems(12, 0, false);
-      const qm_ordering::ado::Field field = rows->Fields("zItemNumber");
-      ASSERT_EQ("A-1", field.Value().ToString());
-      operation.Run(Database);
-      ASSERT_EQ("0 ", Recorded());
-      ExpectClosed(*rows, field);
+      for (const auto& [zLive, open] : kLiveSets) {
+        SCOPED_TRACE(zLive);
+        Store.Run(
+            "update tblOrder set bIsCurrent = 0; update tblOrder set bIsCurrent = -1 where lOrderID = 12");
+        FillLines();
+        const LiveSet rows = open(Database);
+        const qm_ordering::ado::Field field = rows->Fields(0);
+        ASSERT_NO_THROW(field.Value());
+        operation.Run(Database);
+        ASSERT_EQ("0 ", Recorded());
+        ExpectClosed(*rows, field);
+      }
     }
   }
 }
@@ -118,25 +140,14 @@ TEST_F(ResultSets, TheEndOfTheObjectClosesTheLinesBeingRead) {
   ExpectClosed(*rows, field);
 }
 
-// How many files of the store this process has open when no session rests.
-std::size_t OpenFiles(const std::string& zvPath) {
-  qm_ordering::ado::embedded::CloseIdleSessions();
-  std::size_t lOpen = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code gone;
-    if (std::filesystem::read_symlink(entry.path(), gone).string().starts_with(zvPath)) {
-      ++lOpen;
-    }
-  }
-  return lOpen;
-}
-
 TEST_F(ResultSets, EveryOperationThatHandsBackNoLiveResultSetClosesItsConnection) {
   for (const auto* pOperations : {&test::GuardedOperations(), &test::UnguardedOperations()}) {
     for (const Operation& operation : *pOperations) {
       SCOPED_TRACE(operation.Name);
       operation.Run(Database);
-      const bool bLive = operation.Name == std::string("OrderDetails_GetItems");
+      const bool bLive = std::any_of(kLiveSets.begin(), kLiveSets.end(), [&](const auto& live) {
+        return operation.Name == std::string(live.first);
+      });
       EXPECT_EQ(bLive, OpenFiles(Store.Path()) > 0);
     }
   }

@@ -32,6 +32,7 @@ class StoreFailures : public test::DatabaseFixture {
     AddOrder(7);
     AddOrder(12, true);
     AddLine(12, "A-1", 5, "10");
+    Store.Run("insert into tblPersonalList (lListID, zName) values (12, 'Tools')");
   }
 
   // Puts something else where the store is.
@@ -130,7 +131,7 @@ TEST_F(StoreFailures, AStoreOfAnotherProgramFailsEveryOperationAndIsNotTouched) 
 TEST_F(StoreFailures, AStoreWithoutTablesFailsEveryOperation) {
   Store.Run(
       "drop view qryGetOrderItems; drop view qryGetOrderSummary; drop table tblOrderItem; drop table "
-      "tblOrder");
+      "tblOrder; drop table tblPersonalListItem; drop table tblPersonalList");
   ExpectEverywhere(kNoTable, {"no such table"});
 }
 
@@ -159,7 +160,8 @@ TEST_F(StoreFailures, TheNextSuccessClearsTheRecord) {
     SCOPED_TRACE(operation.Name);
     Store.Run(
         "update tblOrder set bIsCurrent = 0; update tblOrder set bIsCurrent = -1 where lOrderID = 12; "
-        "delete from tblOrderItem where zItemNumber = 'NEW'");
+        "delete from tblOrderItem where zItemNumber = 'NEW'; "
+        "delete from tblPersonalListItem where zItemNumber = 'NEW'");
     const std::string zAside = Folder.File("aside");
     qm_ordering::ado::embedded::CloseIdleSessions();
     std::filesystem::rename(Store.Path(), zAside);

@@ -17,9 +17,9 @@ using Texts = std::vector<std::string>;
 class SubmittedOrders : public test::DatabaseFixture {
  protected:
   SubmittedOrders() {
-    Add(1, "PO-b", "2003-01-03 00:00:00", 30'000);
-    Add(2, "po-A", "2003-01-02 00:00:00", 20'000);
-    Add(3, "PO-a", "2003-01-01 00:00:00", 10'000);
+    Add(1, "PO-b", "2003-01-02 00:00:00", 10'000);
+    Add(2, "po-A", "2003-01-03 00:00:00", 30'000);
+    Add(3, "PO-a", "2003-01-01 00:00:00", 20'000);
     AddOrder(12, true);
     AddLine(2, "A-1");
     AddLine(12, "A-1");
@@ -47,8 +47,8 @@ class SubmittedOrders : public test::DatabaseFixture {
 TEST_F(SubmittedOrders, ComeInTheFourOrdersOfTheHistory) {
   EXPECT_EQ((std::vector<std::int32_t>{3, 2, 1}), Ids(0));
   EXPECT_EQ(1, Ids(1).back());
-  EXPECT_EQ((std::vector<std::int32_t>{3, 2, 1}), Ids(2));
-  EXPECT_EQ((std::vector<std::int32_t>{3, 2, 1}), Ids(3));
+  EXPECT_EQ((std::vector<std::int32_t>{3, 1, 2}), Ids(2));
+  EXPECT_EQ((std::vector<std::int32_t>{1, 3, 2}), Ids(3));
   const std::string zSelect =
       "select datSubmitDate, zPurchaseOrderNumber, cTotalPrice, lOrderID from tblOrder where bIsCurrent = "
       "False "
@@ -62,7 +62,7 @@ TEST_F(SubmittedOrders, BreakNoTieButByTheSecondColumnOfTheirOrder) {
   Store.Run("update tblOrder set datSubmitDate = '2003-01-09 00:00:00' where lOrderID = 3");
   EXPECT_EQ((std::vector<std::int32_t>{2, 3, 1}), Ids(0));
   Store.Run("update tblOrder set cTotalPrice = 40000 where lOrderID = 3");
-  EXPECT_EQ((std::vector<std::int32_t>{2, 1, 3}), Ids(3));
+  EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), Ids(3));
 }
 
 TEST_F(SubmittedOrders, HaveNoOtherOrdersThanFour) {
@@ -75,9 +75,9 @@ TEST_F(SubmittedOrders, HaveNoOtherOrdersThanFour) {
 
 TEST_F(SubmittedOrders, AreReadWithoutTheStore) {
   const auto rows = Database.OrderHistory_GetOrders(3);
-  Database.OrderHistory_DeleteOrder(3);
-  EXPECT_EQ(Variant("PO-a"), rows->Fields("zPurchaseOrderNumber").Value());
-  EXPECT_EQ(Variant(Date(2003, 1, 1)), rows->Fields("datSubmitDate").Value());
+  Database.OrderHistory_DeleteOrder(1);
+  EXPECT_EQ(Variant("PO-b"), rows->Fields("zPurchaseOrderNumber").Value());
+  EXPECT_EQ(Variant(Date(2003, 1, 2)), rows->Fields("datSubmitDate").Value());
   EXPECT_EQ(Variant(test::Money("1")), rows->Fields("cTotalPrice").Value());
 }
 

@@ -2,7 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "qm_ordering/foundation/Globals.h"
@@ -120,6 +122,18 @@ StoreFixture::StoreFixture() : Store(Folder.File("Orders.mdb")) {
 StoreFixture::~StoreFixture() {
   // The folder goes: nothing of its store may rest open on this thread.
   engine::CloseIdleSessions();
+}
+
+std::size_t OpenFiles(const std::string& zvPath) {
+  engine::CloseIdleSessions();
+  std::size_t lOpen = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    if (std::filesystem::read_symlink(entry.path(), gone).string().starts_with(zvPath)) {
+      ++lOpen;
+    }
+  }
+  return lOpen;
 }
 
 std::string Quoted(const std::string& zvText) {

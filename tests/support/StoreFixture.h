@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <utility>
@@ -69,6 +70,9 @@ class StoreFixture : public testing::Test {
   FixedClock Clock;
   StoreFile Store;
 };
+
+// How many files whose names begin with this path the process has open when no session rests.
+std::size_t OpenFiles(const std::string& zvPath);
 
 // A value as it is written into a statement of the tests: in quotes, each quote doubled.
 std::string Quoted(const std::string& zvText);
