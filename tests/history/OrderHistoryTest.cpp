@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "qm_ordering/foundation/LastFailure.h"
@@ -102,6 +103,66 @@ TEST_F(OrderHistoryTest, ComesInFourOrders) {
   EXPECT_EQ("C a b ", Loaded(3));
   for (const std::int32_t lSortOrder : {-1, 4}) {
     EXPECT_EQ(failure::kIndexOutOfBounds, RaisedNumber([&] { return Loaded(lSortOrder); }));
+  }
+}
+
+TEST_F(OrderHistoryTest, ComesByNumberThenDateUnlessItIsToldOtherwise) {
+  Submit("a", "1");
+  Clock.Moment = Date(2003, 7, 3);
+  Submit("b", "3");
+  Clock.Moment = Date(2003, 7, 2);
+  Submit("A", "2");
+  const test::TraceRecorder trace;
+  OrderHistory history;
+  history.LoadOrders();
+  std::string zNumbers;
+  for (const auto& oOrder : history) {
+    zNumbers += oOrder->PurchaseOrderNumber() + " ";
+  }
+  EXPECT_EQ("A a b ", zNumbers);
+  Loaded(0);
+  Loaded(1);
+  ASSERT_EQ(3U, trace.Statements().size());
+  const std::string zOrder = " order by zPurchaseOrderNumber";
+  EXPECT_TRUE(trace.Statements()[0].ends_with(zOrder + ", datSubmitDate")) << trace.Statements()[0];
+  EXPECT_EQ(trace.Statements()[0], trace.Statements()[1]);
+  EXPECT_TRUE(trace.Statements()[2].ends_with(zOrder)) << trace.Statements()[2];
+}
+
+TEST_F(OrderHistoryTest, WritesItsTotalsAsTheUsersLocaleSays) {
+  Submit("PO-1", "1234.5");
+  OrderHistory history;
+  history.LoadOrders();
+  const test::EnvironmentScope path("LOCPATH", QM_ORDERING_LOCALES);
+  const test::EnvironmentScope german("LC_ALL", "de_DE.UTF-8");
+  EXPECT_NE(std::string::npos, history.GetXML().find("submitdate=\"7/4/2003\" ordertotal=\"1.234,50\""))
+      << history.GetXML();
+}
+
+TEST_F(OrderHistoryTest, RaisesWhatTheStoreRaises) {
+  const std::int32_t lOrderID = Submit("PO-1", "1");
+  Store.Run("create trigger refuse before delete on tblOrder begin select raise(abort, 'not now'); end");
+  OrderHistory history;
+  EXPECT_EQ(failure::kStoreCommand, test::FailureOf([&] { history.DeleteOrder(lOrderID); }).Number());
+  EXPECT_EQ(Variant(true), history.ItemExists("PO-1"));
+  Store.Run("drop view qryGetOrderItems; drop view qryGetOrderSummary; alter table tblOrder rename to gone");
+  EXPECT_EQ(failure::kStoreNoTable, test::FailureOf([&] { history.LoadOrders(); }).Number());
+  EXPECT_EQ(failure::kStoreNoTable, test::FailureOf([&] { history.DeleteOrder(lOrderID); }).Number());
+  qm_ordering::ClearLastFailure();
+  EXPECT_TRUE(history.ItemExists("PO-1").IsEmpty()) << "neither yes nor no";
+  EXPECT_EQ(failure::kStoreNoTable, qm_ordering::LastFailure().Number);
+  EXPECT_EQ("Database.OrderHistory_ItemExists", qm_ordering::LastFailure().Operation);
+}
+
+TEST_F(OrderHistoryTest, RaisesForAnOrderWhoseDateOrTotalIsNone) {
+  const std::int32_t lOrderID = Submit("PO-1", "1");
+  Submit("PO-2", "1");
+  const std::string zWhere = " where lOrderID = " + std::to_string(lOrderID);
+  for (const char* zChange : {"datSubmitDate = 'yesterday'", "datSubmitDate = null, cTotalPrice = 'abc'"}) {
+    Store.Run("update tblOrder set " + std::string(zChange) + zWhere);
+    OrderHistory history;
+    EXPECT_EQ(failure::kTypeMismatch, test::FailureOf([&] { history.LoadOrders(); }).Number()) << zChange;
+    EXPECT_EQ(0, history.Count());
   }
 }
 
@@ -211,8 +272,12 @@ TEST_F(OrderHistoryTest, PreviousOrderTakesNullBeforeItsDetailsAreAskedFor) {
 TEST_F(OrderHistoryTest, PreviousOrderLoadsTheSummaryOfTheOrderThatIsNamed) {
   const std::int32_t lOrderID = Submit("PO-1", "2.5");
   PreviousOrder order;
+  const test::TraceRecorder trace;
   order.LoadSummary();
   EXPECT_EQ(-1, order.OrderID()) << "without an id it does nothing";
+  EXPECT_EQ(std::vector<std::string>{}, trace.Statements());
+  EXPECT_EQ(0, order.OrderDetails()->Error().Number);
+  EXPECT_EQ(nullptr, order.OrderDetails()->OrderInformation());
   order.LoadSummary(std::to_string(lOrderID));
   EXPECT_EQ(lOrderID, order.OrderID());
   EXPECT_EQ("PO-1", order.PurchaseOrderNumber());

@@ -50,6 +50,11 @@ class PersonalListTest : public test::StoreFixture {
     return std::to_string(list.Error().Number) + " " + list.Error().Description;
   }
 
+  template <typename Call>
+  static std::int32_t Raised(Call call) {
+    return test::FailureOf(call).Number();
+  }
+
   Rows Lines() const {
     return Store.Query(
         "select lListID, zItemNumber, lQuantity, zDescription from tblPersonalListItem order by "
@@ -114,6 +119,8 @@ TEST_F(PersonalListTest, TakesEveryNumberAsAListId) {
   EXPECT_EQ(-1, List.ListID());
   List.LoadSummary(2.5);
   EXPECT_EQ(2, List.ListID()) << "half to even";
+  List.LoadSummary("1e2");
+  EXPECT_EQ(100, List.ListID());
 }
 
 TEST_F(PersonalListTest, RefusesWhatIsNoNumberInEveryMember) {
@@ -136,11 +143,44 @@ TEST_F(PersonalListTest, RefusesWhatIsNoNumberInEveryMember) {
   EXPECT_EQ(Rows{}, Lines());
 }
 
-TEST_F(PersonalListTest, RaisesOverflowForAnIdOutOfRange) {
-  EXPECT_EQ(failure::kOverflow, RaisedNumber([&] {
-              List.LoadSummary("2147483648");
-              return 0;
-            }));
+TEST_F(PersonalListTest, RaisesOverflowForAnIdOutOfRangeInEveryMember) {
+  List.ListID(5);
+  for (const Variant& vListID : {Variant("2147483648"), Variant(-3e9)}) {
+    EXPECT_EQ(failure::kOverflow, Raised([&] { List.LoadSummary(vListID); }));
+    EXPECT_EQ(failure::kOverflow, Raised([&] { List.LoadItems(vListID); }));
+    EXPECT_EQ(failure::kOverflow, Raised([&] { List.AddItem(NewItem("A-1"), vListID); }));
+  }
+  EXPECT_EQ(5, List.ListID());
+  EXPECT_EQ("0 ", Recorded(List));
+  EXPECT_EQ(Rows{}, Lines());
+}
+
+TEST_F(PersonalListTest, RaisesWhatTheStoreRaises) {
+  List.AddItem(NewItem("A-1", 5), 5);
+  Store.Run(
+      "create trigger refuse before update on tblPersonalListItem begin select raise(abort, 'not now'); end");
+  PersonalList other;
+  EXPECT_EQ(failure::kStoreCommand, Raised([&] { other.AddItem(NewItem("A-1", 2), 5); }));
+  EXPECT_EQ(0, other.OrderItems()->Count());
+  Store.Run("alter table tblPersonalListItem rename to gone");
+  EXPECT_EQ(failure::kStoreNoTable, Raised([&] { other.AddItem(NewItem("B-2"), 5); }));
+  EXPECT_EQ(failure::kStoreNoTable, Raised([&] { other.LoadItems(5); }));
+  Store.Run("alter table tblPersonalList rename to gone_too");
+  EXPECT_EQ(failure::kStoreNoTable, Raised([&] { other.LoadSummary(5); }));
+  EXPECT_EQ("0 ", Recorded(other)) << "what is raised is not recorded";
+}
+
+TEST_F(PersonalListTest, HoldsNoFileOfTheStoreWhenItHasRead) {
+  List.AddItem(NewItem("A-1"), 5);
+  List.LoadSummary();
+  EXPECT_EQ(0U, test::OpenFiles(Store.Path()));
+  List.LoadSummary(4711);
+  EXPECT_EQ(0U, test::OpenFiles(Store.Path()));
+  PersonalList loaded;
+  loaded.LoadItems(5);
+  EXPECT_EQ(0U, test::OpenFiles(Store.Path()));
+  EXPECT_EQ(failure::kDuplicateKey, Raised([&] { loaded.LoadItems(5); }));
+  EXPECT_EQ(0U, test::OpenFiles(Store.Path())) << "also when it stopped at a line";
 }
 
 TEST_F(PersonalListTest, StoresANewLineAndHoldsTheItem) {
@@ -197,6 +237,13 @@ TEST_F(PersonalListTest, WantsTheListNamedWithEveryItem) {
   EXPECT_EQ(Rows{}, Lines());
 }
 
+TEST_F(PersonalListTest, RaisesWithoutACollectionOfItemsWithTheLineStored) {
+  List.OrderItems(nullptr);
+  EXPECT_EQ(failure::kObjectNotSet, Raised([&] { List.AddItem(NewItem("A-1"), 5); }));
+  EXPECT_EQ((Rows{{"5", "A-1", "1", ""}}), Lines());
+  EXPECT_EQ(failure::kObjectNotSet, Raised([&] { List.LoadItems(); }));
+}
+
 TEST_F(PersonalListTest, RaisesForANullItemWithTheListSet) {
   EXPECT_EQ(failure::kObjectNotSet, RaisedNumber([&] {
               List.AddItem(nullptr, 5);
@@ -210,7 +257,17 @@ TEST_F(PersonalListTest, RecordsALineThatTheStoreRefusesAndDoesNotHoldIt) {
   List.AddItem(oItem, 4711);
   EXPECT_EQ("4 Order not loaded", Recorded(List));
   EXPECT_EQ(4711, oItem->OrderID());
-  EXPECT_EQ(0, List.OrderItems()->Count());
+  PersonalList other;
+  oItem->UsuallyShips("two weeks' time");
+  other.AddItem(oItem, 5);
+  EXPECT_EQ("4 Order not loaded", Recorded(other)) << "a quote in the shipping estimate";
+  PersonalList third;
+  oItem->UsuallyShips("\xFF");
+  third.AddItem(oItem, 5);
+  EXPECT_EQ("4 Order not loaded", Recorded(third)) << "broken UTF-8";
+  for (const PersonalList* pList : {&List, &other, &third}) {
+    EXPECT_EQ(0, pList->OrderItems()->Count());
+  }
   EXPECT_EQ(Rows{}, Lines());
 }
 
@@ -310,13 +367,33 @@ TEST_F(PersonalListTest, LoadsItsLinesValueForValueWithoutPrices) {
   EXPECT_EQ(qm_ordering::Currency(), oLine->Price());
 }
 
+TEST_F(PersonalListTest, LoadsItsLinesAsTheyComeFromTheStore) {
+  for (const char* zItem : {"C-3", "A-1", "B-2"}) {
+    List.AddItem(NewItem(zItem), 5);
+  }
+  const auto loaded = [&] {
+    PersonalList list;
+    list.LoadItems(5);
+    std::string zItems;
+    for (const auto& oItem : *list.OrderItems()) {
+      zItems += oItem->ItemNumber() + " ";
+    }
+    return zItems;
+  };
+  EXPECT_EQ("A-1 B-2 C-3 ", loaded());
+  // Without the index that they are found by, they come as they were entered.
+  Store.Run("drop index idxPersonalListItem");
+  EXPECT_EQ("C-3 A-1 B-2 ", loaded());
+}
+
 TEST_F(PersonalListTest, WithoutLinesLoadsNoneAndIsNoError) {
   List.LoadItems(5);
   EXPECT_EQ(0, List.OrderItems()->Count());
   PersonalList unbound;
   unbound.LoadItems();
   EXPECT_EQ(0, unbound.OrderItems()->Count());
-  EXPECT_EQ("0 ", Recorded(List) + Recorded(unbound).substr(2));
+  EXPECT_EQ("0 ", Recorded(List));
+  EXPECT_EQ("0 ", Recorded(unbound));
 }
 
 TEST_F(PersonalListTest, RaisesWhenItIsLoadedTwice) {
@@ -333,6 +410,9 @@ TEST_F(PersonalListTest, RaisesWhenItIsLoadedTwice) {
 TEST_F(PersonalListTest, ShowsAnOldErrorAfterALoadThatSucceeds) {
   List.LoadSummary();
   List.LoadItems(5);
+  EXPECT_EQ("9 List ID not set", Recorded(List));
+  List.LoadSummary(5);
+  EXPECT_EQ("Tools", List.Name());
   EXPECT_EQ("9 List ID not set", Recorded(List));
 }
 

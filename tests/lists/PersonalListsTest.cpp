@@ -93,6 +93,19 @@ TEST_F(PersonalListsTest, PassTheStoresAnswersOn) {
   EXPECT_EQ("0", Store.Value("select count(*) from tblPersonalList"));
 }
 
+TEST_F(PersonalListsTest, StayAsTheyWereLoadedWhenTheStoreIsChanged) {
+  Lists.CreateList("a");
+  Lists.CreateList("b");
+  Lists.LoadLists();
+  EXPECT_TRUE(Lists.RenameList(1, "c"));
+  Lists.RemoveList(2);
+  EXPECT_EQ(2, Lists.Count());
+  EXPECT_EQ("a", Lists.Item(1)->Name());
+  EXPECT_EQ("b", Lists.Item(2)->Name());
+  EXPECT_TRUE(Lists.RemoveListByName("c"));
+  EXPECT_EQ(2, Lists.Count());
+}
+
 TEST_F(PersonalListsTest, AnswerNothingWhereTheStoreFails) {
   Store.Run("alter table tblPersonalList rename to gone");
   EXPECT_EQ("", Lists.GetName(1));
@@ -166,6 +179,27 @@ TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheyCannotBeWritten) {
   Save();
   EXPECT_EQ(failure::kXmlCharacter, qm_ordering::LastFailure().Number);
   EXPECT_EQ("the old one", test::ReadFile(File()));
+}
+
+TEST_F(PersonalListsTest, LeaveTheOldFileWhenTheStoreFailsForTheItems) {
+  test::WriteFile(File(), "the old one");
+  Lists.CreateList("a");
+  Lists.LoadLists();
+  Store.Run("alter table tblPersonalListItem rename to gone");
+  Lists.SaveAsXML();
+  EXPECT_EQ(failure::kStoreNoTable, qm_ordering::LastFailure().Number);
+  EXPECT_EQ("PersonalLists.SaveAsXML", qm_ordering::LastFailure().Operation);
+  EXPECT_EQ("the old one", test::ReadFile(File()));
+}
+
+TEST(PersonalListsWithoutFolder, AreNotWrittenToTheRootFolder) {
+  const test::SettingsScope settings;
+  PersonalLists lists;
+  qm_ordering::ClearLastFailure();
+  lists.SaveAsXML();
+  EXPECT_EQ(failure::kPathNotFound, qm_ordering::LastFailure().Number);
+  EXPECT_NE(std::string::npos, qm_ordering::LastFailure().Description.find("OrderingDatabasePath"));
+  EXPECT_FALSE(std::filesystem::exists("/PersonalLists.xml"));
 }
 
 TEST_F(PersonalListsTest, AreWrittenByTheIdThatTheHeldListHasNow) {
