@@ -233,16 +233,19 @@ TEST_F(ListStatements, ALineThatTheStoreRefusesIsAnOrderThatIsNotLoaded) {
   EXPECT_EQ("4 Order not loaded", Recorded()) << "the line is there already";
   AddLine(9, "A-1", 5);
   EXPECT_EQ("4 Order not loaded", Recorded()) << "the list is not there";
-  Trace.Take();
-  Database.PersonalList_AddItem(1, "B-2", 1, "", "", "", "", 1, 1, "to'day", false, "", "", false);
-  EXPECT_EQ("4 Order not loaded", Recorded()) << "a quote in a raw text";
-  EXPECT_EQ(
-      (Texts{"insert into tblPersonalListItem (lListID, zItemNumber, lQuantity, zDescription, "
-             "zShortDescription, zManufacturer, zModel, lSellQuantity, lShipQuantity, zUsuallyShips, "
-             "bIsTaxable, zCustomerPartNumber, zCustomerNotes, bHasPartsInfo) values (1, 'B-2', 1, '', '', "
-             "'', '', 1, 1, 'to'day', False, '', '', False)"}),
-      Trace.Statements())
-      << "the refused text is shown as it is";
+  for (const std::string zText : {"to'day", "a' || 'b", "x', True, 'p', 'n', True) --"}) {
+    Trace.Take();
+    Database.PersonalList_AddItem(1, "B-2", 1, "", "", "", "", 1, 1, zText, false, "", "", false);
+    EXPECT_EQ("4 Order not loaded", Recorded()) << "a quote in a raw text";
+    EXPECT_EQ(
+        (Texts{"insert into tblPersonalListItem (lListID, zItemNumber, lQuantity, zDescription, "
+               "zShortDescription, zManufacturer, zModel, lSellQuantity, lShipQuantity, zUsuallyShips, "
+               "bIsTaxable, zCustomerPartNumber, zCustomerNotes, bHasPartsInfo) values (1, 'B-2', 1, '', "
+               "'', '', '', 1, 1, '" +
+               zText + "', False, '', '', False)"}),
+        Trace.Statements())
+        << "the refused text is shown as it is";
+  }
   EXPECT_EQ((Rows{{"1", "A-1", "5"}}), Lines());
 }
 
