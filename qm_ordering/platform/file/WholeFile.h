@@ -36,8 +36,8 @@ class WholeFile {
     // Puts a file with that content, readable by its user alone, in the place of the old one or of none: a
     // temporary file PATH.tmp.PROCESS, flushed and renamed. Removes what writers that were killed have left.
     // When only the last step fails, the flush of the folder, the new file is there, and the message says
-    // that it may be lost again with the power. content is called once, to hand over all parts; what it raises
-    // rises.
+    // that it may be lost again with the power. content is called once, to hand over all parts; what it
+    // raises rises.
     void Replace(const std::function<void(const TakePart&)>& content) const;
 
    private:
