@@ -254,6 +254,21 @@ TEST(Unicode, FindsWhatXMLCannotHold) {
   EXPECT_EQ(1U, FindNonXML("a\xC3"));
 }
 
+TEST(Unicode, FindsItAtEveryPlaceOfATextOfEveryLength) {
+  for (std::size_t lLength = 1; lLength <= 40; ++lLength) {
+    for (std::size_t lAt = 0; lAt < lLength; ++lAt) {
+      for (const char cBad : {'\0', '\x01', '\x1F', '\x80', '\xFF'}) {
+        for (const char cOther : {' ', 'z', '\x7F', '\t'}) {
+          std::string zText(lLength, cOther);
+          EXPECT_FALSE(FindNonXML(zText));
+          zText[lAt] = cBad;
+          EXPECT_EQ(lAt, FindNonXML(zText));
+        }
+      }
+    }
+  }
+}
+
 TEST(Unicode, TrimsSpacesAlone) {
   EXPECT_EQ("", TrimSpaces(""));
   EXPECT_EQ("", TrimSpaces("   "));
