@@ -156,8 +156,8 @@ create view qryGetOrderItems as
 // And it gives the lines of an order in the sequence in which they were entered, in which most programs show
 // them.
 //
-// The engine adds to a quantity in 64 bits: without the trigger, a sum beyond a quantity's 32 would be stored,
-// and its list could not be read again.
+// The engine adds to a quantity in 64 bits: without the trigger, a sum beyond a quantity's 32 would be
+// stored, and its list could not be read again.
 constexpr const char* kSecond = R"sql(
 create index idxOrderItemTotal on tblOrderItem (lOrderID, lOrderEntered, cExtendedPrice);
 
