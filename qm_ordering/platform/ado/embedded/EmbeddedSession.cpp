@@ -86,61 +86,6 @@ class EmbeddedSession : public Session {
   std::vector<EmbeddedCursor*> m_oCursors;
 };
 
-[[noreturn]] void RaiseHolds(const Prepared& statement, std::size_t lvColumn, const char* zvWhat) {
-  throw Failure(failure::kTypeMismatch,
-                "The column " + (*statement.Columns)[lvColumn] + " holds " + zvWhat + ".");
-}
-
-Variant TextColumn(const Prepared& statement, std::size_t lvColumn, sqlite3_value* pValue) {
-  const void* pBytes = sqlite3_value_blob(pValue);
-  const std::string_view zText(static_cast<const char*>(pBytes),
-                               pBytes == nullptr ? 0 : static_cast<std::size_t>(sqlite3_value_bytes(pValue)));
-  switch (statement.Kinds[lvColumn].value_or(ColumnKind::Text)) {
-    case ColumnKind::Text:
-      return zText;
-    case ColumnKind::Date:
-      if (const std::optional<Date> datValue = Date::ParseStoreText(zText)) {
-        return *datValue;
-      }
-      RaiseHolds(statement, lvColumn, "no date");
-    default:
-      RaiseHolds(statement, lvColumn, "a text, not a number");
-  }
-}
-
-Variant IntegerColumn(const Prepared& statement, std::size_t lvColumn, sqlite3_value* pValue) {
-  const std::int64_t lNumber = sqlite3_value_int64(pValue);
-  switch (statement.Kinds[lvColumn].value_or(ColumnKind::Integer)) {
-    case ColumnKind::Integer:
-      return lNumber;
-    case ColumnKind::Boolean:
-      return lNumber != 0;
-    case ColumnKind::Currency:
-      return Currency::FromScaled(lNumber);
-    default:
-      RaiseHolds(statement, lvColumn, "a number of the wrong kind");
-  }
-}
-
-Variant ReadColumn(const Prepared& statement, std::size_t lvColumn) {
-  // The value itself, asked for once: the engine's readers of columns look each for it anew. It may be used
-  // so because one thread at a time has the session.
-  sqlite3_value* pValue = sqlite3_column_value(statement.Handle.get(), static_cast<int>(lvColumn));
-  switch (sqlite3_value_type(pValue)) {
-    case SQLITE_NULL:
-      return Variant::Null();
-    case SQLITE_INTEGER:
-      return IntegerColumn(statement, lvColumn, pValue);
-    case SQLITE_FLOAT:
-      if (statement.Kinds[lvColumn]) {
-        RaiseHolds(statement, lvColumn, "a number of the wrong kind");
-      }
-      return sqlite3_value_double(pValue);
-    default:
-      return TextColumn(statement, lvColumn, pValue);
-  }
-}
-
 class EmbeddedCursor : public Cursor {
  public:
   EmbeddedCursor(EmbeddedSession& owner, std::unique_ptr<Prepared> statement)

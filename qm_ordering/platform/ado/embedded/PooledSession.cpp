@@ -373,25 +373,7 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
   if (!translation.VariableLength) {
     statement->Text = translation.Text;
   }
-  const int lColumns = sqlite3_column_count(pStatement);
-  std::vector<std::string> zColumns;
-  for (int i = 0; i < lColumns; ++i) {
-    const char* zName = sqlite3_column_name(pStatement, i);
-    const char* zType = sqlite3_column_decltype(pStatement, i);
-    const auto lIndex = static_cast<std::size_t>(i);
-    if (zName == nullptr) {
-      throw OutOfMemory();
-    }
-    zColumns.emplace_back(zName);
-    if (zType != nullptr) {
-      statement->Kinds.push_back(KindOfDeclaredType(zType));
-    } else if (translation.ResultKinds.size() == static_cast<std::size_t>(lColumns)) {
-      statement->Kinds.push_back(translation.ResultKinds[lIndex]);
-    } else {
-      statement->Kinds.push_back(std::nullopt);
-    }
-  }
-  statement->Columns = std::make_shared<const ColumnNames>(std::move(zColumns));
+  DescribeResults(*statement, translation.ResultKinds);
   return statement;
 }
 

@@ -12,19 +12,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "qm_ordering/platform/ado/ColumnNames.h"
 #include "qm_ordering/platform/ado/embedded/Engine.h"
+#include "qm_ordering/platform/ado/embedded/Prepared.h"
 #include "qm_ordering/platform/ado/embedded/Translator.h"
 
 namespace qm_ordering::ado::embedded {
-
-// A prepared statement with what is known of its results.
-struct Prepared {
-  std::string Text;  // the key under which it is kept; empty for one that is not kept
-  StatementHandle Handle;
-  std::shared_ptr<const ColumnNames> Columns;  // without any for what is not a query
-  std::vector<std::optional<ColumnKind>> Kinds;
-};
 
 // One open session of the engine on a store file, with the statements that it keeps prepared. It is used by
 // one connection at a time and rests in the thread's pool between them.
