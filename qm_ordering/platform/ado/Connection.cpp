@@ -2,16 +2,21 @@
 
 #include "qm_ordering/platform/ado/ConnectionString.h"
 #include "qm_ordering/platform/ado/TraceStatement.h"
+#include "qm_ordering/platform/ado/dbase/TableSession.h"
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 #include "qm_ordering/platform/file/Path.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering::ado {
 
-std::string StoreFileOf(const std::string& zvConnectionString) {
-  const ConnectionString parts(zvConnectionString);
+namespace {
+
+constexpr const char* kStoreDriver = "Microsoft Access Driver (*.mdb)";
+constexpr const char* kTableDriver = "Microsoft dBase Driver (*.dbf)";
+
+std::string StoreFileOf(const ConnectionString& parts) {
   const std::string zDriver = parts.Value("Driver");
-  if (!SameName(zDriver, "Microsoft Access Driver (*.mdb)")) {
+  if (!SameName(zDriver, kStoreDriver)) {
     // The driver alone: other parts of the connection string may be secret.
     throw Failure(failure::kStoreUnavailable,
                   "No provider serves the driver \"" + zDriver + "\" that the connection string names.");
@@ -25,8 +30,32 @@ std::string StoreFileOf(const std::string& zvConnectionString) {
   return file::SystemPath(parts.Value("DBQ"), "OrderingDatabasePath");
 }
 
+std::string TableFolderOf(const ConnectionString& parts) {
+  const std::string zFolder = parts.Value("DBQ");
+  if (zFolder.empty()) {
+    throw Failure(failure::kPathNotFound, "No folder of dBase tables is named.");
+  }
+  if (!parts.HoldsOnly({"Driver", "DBQ", "DefaultDir"})) {
+    throw Failure(
+        failure::kStoreUnavailable,
+        "The connection string of the dBase tables names more than a driver and a folder. That folder "
+        "must not hold a semicolon.");
+  }
+  return file::SystemPath(zFolder, "the folder of the dBase tables");
+}
+
+}  // namespace
+
+std::string StoreFileOf(const std::string& zvConnectionString) {
+  return StoreFileOf(ConnectionString(zvConnectionString));
+}
+
 std::unique_ptr<Session> OpenSession(const std::string& zvConnectionString) {
-  return embedded::OpenSession(StoreFileOf(zvConnectionString));
+  const ConnectionString parts(zvConnectionString);
+  if (SameName(parts.Value("Driver"), kTableDriver)) {
+    return dbase::OpenSession(TableFolderOf(parts));
+  }
+  return embedded::OpenSession(StoreFileOf(parts));
 }
 
 void Connection::Open(const std::string& zvConnectionString) {

@@ -12,11 +12,10 @@ namespace {
 
 // The text stays out of the message: it may hold a password.
 [[noreturn]] void RaiseMalformed(const char* zvWhy) {
-  throw Failure(
-      failure::kStoreUnavailable,
-      std::string("The connection string of the store cannot be read: ") + zvWhy +
-          ". The folder in the setting OrderingDatabasePath must not hold a semicolon or begin with "
-          "a brace.");
+  throw Failure(failure::kStoreUnavailable, std::string("The connection string cannot be read: ") + zvWhy +
+                                                ". The folder that it names (of the store, that in the "
+                                                "setting OrderingDatabasePath) must not hold a "
+                                                "semicolon or begin with a brace.");
 }
 
 }  // namespace
