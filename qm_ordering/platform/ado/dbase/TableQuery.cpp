@@ -198,10 +198,8 @@ embedded::DatabaseHandle OpenDatabase(const std::string& zvFolder) {
   embedded::DatabaseHandle db = embedded::OpenEngine(
       ":memory:", zvFolder,
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX);
-  // Nothing that it does is ever rolled back, and all of it stays in memory. A name in double quotes is a
-  // name.
-  int lResult = sqlite3_exec(db.get(), "PRAGMA journal_mode = OFF; PRAGMA temp_store = MEMORY", nullptr,
-                             nullptr, nullptr);
+  // All of it stays in memory. A name in double quotes is a name.
+  int lResult = sqlite3_exec(db.get(), "PRAGMA temp_store = MEMORY", nullptr, nullptr, nullptr);
   if (lResult == SQLITE_OK) {
     lResult = sqlite3_db_config(db.get(), SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   }
