@@ -49,10 +49,10 @@ std::string Hexadecimal(unsigned char lvByte) {
 
 }  // namespace
 
-std::uint64_t LittleEndian(const char* pvBytes, std::size_t lvSize) noexcept {
+std::uint64_t LittleEndian(std::string_view zvBytes) noexcept {
   std::uint64_t lNumber = 0;
-  for (std::size_t i = lvSize; i > 0; --i) {
-    lNumber = (lNumber << 8U) | static_cast<unsigned char>(pvBytes[i - 1]);
+  for (std::size_t i = zvBytes.size(); i > 0; --i) {
+    lNumber = (lNumber << 8U) | static_cast<unsigned char>(zvBytes[i - 1]);
   }
   return lNumber;
 }
@@ -178,9 +178,9 @@ void TableFile::CheckHeader(std::size_t lvFileSize) {
                  ", whose code page is none of 437, 850, 852, 1250, 1251, 1252");
   }
 
-  const std::uint64_t lRecords = LittleEndian(&oPrefix[4], 4);
-  const std::size_t lHeader = LittleEndian(&oPrefix[8], 2);
-  const std::size_t lRecord = LittleEndian(&oPrefix[10], 2);
+  const std::uint64_t lRecords = LittleEndian({&oPrefix[4], 4});
+  const std::size_t lHeader = LittleEndian({&oPrefix[8], 2});
+  const std::size_t lRecord = LittleEndian({&oPrefix[10], 2});
   if (lHeader > lvFileSize) {
     throw Damage("its header is to take " + std::to_string(lHeader) + " bytes, and it holds " +
                  std::to_string(lvFileSize));

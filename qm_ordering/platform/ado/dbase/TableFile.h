@@ -16,8 +16,8 @@
 
 namespace qm_ordering::ado::dbase {
 
-// The number in that many bytes, the least significant first.
-std::uint64_t LittleEndian(const char* pvBytes, std::size_t lvSize) noexcept;
+// The number in up to eight bytes, the least significant first.
+std::uint64_t LittleEndian(std::string_view zvBytes) noexcept;
 
 struct TableField {
   std::string Name;                    // in UTF-8

@@ -17,13 +17,15 @@ namespace qm_ordering::ado::dbase {
 
 namespace {
 
-constexpr std::string_view kPadding("\0 ", 2);
 constexpr std::size_t kMostShown = 40;  // bytes of a value in a message
 
-constexpr std::int64_t kMillisecondsOfADay = 86'400'000;
+constexpr int kMillisecondsOfADay = 86'400'000;
 // The number that FoxPro gives to 1 January 1970, and to the last day of the year 9999.
-constexpr std::int64_t kFirstDayOf1970 = 2'440'588;
-constexpr std::int64_t kLastDayOf9999 = 5'373'484;
+constexpr int kFirstDayOf1970 = 2'440'588;
+constexpr int kLastDayOf9999 = 5'373'484;
+// The years that a Date has.
+constexpr int kFirstYear = 100;
+constexpr int kLastYear = 9999;
 
 std::string Quoted(std::string_view zvName) {
   std::string zQuoted = "\"";
@@ -33,8 +35,23 @@ std::string Quoted(std::string_view zvName) {
   return zQuoted + '"';
 }
 
+// What fills a field behind its value, or before it.
+bool IsPadding(char c) {
+  return c == ' ' || c == '\0';
+}
+
 std::string_view WithoutPaddingBehind(std::string_view zvBytes) {
-  return zvBytes.substr(0, zvBytes.find_last_not_of(kPadding) + 1);
+  while (!zvBytes.empty() && IsPadding(zvBytes.back())) {
+    zvBytes.remove_suffix(1);
+  }
+  return zvBytes;
+}
+
+std::string_view WithoutPaddingBefore(std::string_view zvBytes) {
+  while (!zvBytes.empty() && IsPadding(zvBytes.front())) {
+    zvBytes.remove_prefix(1);
+  }
+  return zvBytes;
 }
 
 bool IsAscii(std::string_view zvBytes) {
@@ -45,24 +62,37 @@ bool IsAscii(std::string_view zvBytes) {
   return lAll < 128;
 }
 
+std::optional<Date> DayOf(std::string_view zvBytes) {
+  std::string zDay(zvBytes.substr(0, 4));
+  zDay.append("-").append(zvBytes.substr(4, 2)).append("-").append(zvBytes.substr(6));
+  return Date::ParseStoreText(zDay);
+}
+
 // FoxPro's number of a day and milliseconds of it, to the nearest second.
-std::optional<Date> MomentOf(std::int64_t lvDay, std::int64_t lvMilliseconds) {
-  if (lvMilliseconds < 0 || lvMilliseconds >= kMillisecondsOfADay || lvDay < 0 || lvDay > kLastDayOf9999) {
+std::optional<Date> MomentOf(std::string_view zvBytes) {
+  const auto lDay = static_cast<std::int32_t>(LittleEndian(zvBytes.substr(0, 4)));
+  const auto lTime = static_cast<std::int32_t>(LittleEndian(zvBytes.substr(4)));
+  if (lTime < 0 || lTime >= kMillisecondsOfADay || lDay < 0 || lDay > kLastDayOf9999) {
     return std::nullopt;
   }
   using namespace std::chrono;
-  const sys_seconds moment =
-      sys_days(days(lvDay - kFirstDayOf1970)) + round<seconds>(milliseconds(lvMilliseconds));
+  const sys_seconds moment = sys_days(days(lDay - kFirstDayOf1970)) + round<seconds>(milliseconds(lTime));
   const sys_days day = floor<days>(moment);
   const year_month_day date(day);
   const hh_mm_ss time(moment - day);
   const int lYear = static_cast<int>(date.year());
-  if (lYear < 100 || lYear > 9999) {
+  if (lYear < kFirstYear || lYear > kLastYear) {
     return std::nullopt;
   }
   return Date(lYear, static_cast<int>(static_cast<unsigned>(date.month())),
               static_cast<int>(static_cast<unsigned>(date.day())), static_cast<int>(time.hours().count()),
               static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
+}
+
+// The bytes must stay where they are until the row is in the table.
+int BindInPlace(sqlite3_stmt* pStatement, int lvPosition, std::string_view zvText) {
+  return sqlite3_bind_text(pStatement, lvPosition, zvText.data(), static_cast<int>(zvText.size()),
+                           SQLITE_STATIC);
 }
 
 }  // namespace
@@ -211,7 +241,10 @@ bool TableLoader::Insert(NullKeys nullKeys) {
     }
     int lPosition = 0;
     for (Column* pColumn : used) {
-      Bind(pStatement, ++lPosition, *pColumn, pRecord, lRecord);
+      lResult = Bind(pStatement, ++lPosition, *pColumn, pRecord, lRecord);
+      if (lResult != SQLITE_OK) {
+        throw EngineAnswer(m_oDatabase, lResult, m_oTable.Path());
+      }
     }
     lResult = sqlite3_step(pStatement);
     sqlite3_reset(pStatement);
@@ -227,96 +260,64 @@ bool TableLoader::Insert(NullKeys nullKeys) {
   return true;
 }
 
-void TableLoader::Bind(sqlite3_stmt* pStatement, int lvPosition, Column& column, const char* pvRecord,
-                       std::int32_t lvRecord) {
+int TableLoader::Bind(sqlite3_stmt* pStatement, int lvPosition, Column& column, const char* pvRecord,
+                      std::int32_t lvRecord) const {
   const TableField& field = *column.Field;
   const std::string_view zBytes(pvRecord + field.Offset, field.Length);
-  const bool bBlank = zBytes.find_first_not_of(kPadding) == std::string_view::npos;
-  int lResult = SQLITE_OK;
   if (m_oTable.IsNull(field, pvRecord)) {
-    lResult = sqlite3_bind_null(pStatement, lvPosition);
-  } else {
-    switch (field.Type) {
-      case 'C':
-        lResult = BindText(pStatement, lvPosition, column, WithoutPaddingBehind(zBytes));
-        break;
-      case 'N':
-      case 'F': {
-        const std::string_view zNumber = WithoutPaddingBehind(zBytes);
-        lResult = BindText(pStatement, lvPosition, column,
-                           zNumber.substr(std::min(zNumber.find_first_not_of(kPadding), zNumber.size())));
-        break;
-      }
-      case 'D':
-        if (bBlank || zBytes == "00000000") {
-          lResult = sqlite3_bind_null(pStatement, lvPosition);
-          break;
-        }
-        column.Text.assign(zBytes.substr(0, 4)).append("-").append(zBytes.substr(4, 2));
-        column.Text.append("-").append(zBytes.substr(6));
-        if (!Date::ParseStoreText(column.Text)) {
-          throw BadValue(column, lvRecord, "\"" + Shown(zBytes) + "\" is no date");
-        }
-        column.Text.append(" 00:00:00");
-        lResult = sqlite3_bind_text(pStatement, lvPosition, column.Text.data(),
-                                    static_cast<int>(column.Text.size()), SQLITE_STATIC);
-        break;
-      case 'T': {
-        if (bBlank) {
-          lResult = sqlite3_bind_null(pStatement, lvPosition);
-          break;
-        }
-        const std::optional<Date> datValue =
-            MomentOf(static_cast<std::int32_t>(LittleEndian(zBytes.data(), 4)),
-                     static_cast<std::int32_t>(LittleEndian(&zBytes[4], 4)));
-        if (!datValue) {
-          throw BadValue(column, lvRecord, "it holds no date and time");
-        }
-        column.Text = datValue->ToStoreText();
-        lResult = sqlite3_bind_text(pStatement, lvPosition, column.Text.data(),
-                                    static_cast<int>(column.Text.size()), SQLITE_STATIC);
-        break;
-      }
-      case 'L':
-        if (bBlank || zBytes == "?") {
-          lResult = sqlite3_bind_null(pStatement, lvPosition);
-        } else if (std::string_view("TtYy").find(zBytes[0]) != std::string_view::npos) {
-          lResult = sqlite3_bind_int64(pStatement, lvPosition, -1);
-        } else if (std::string_view("FfNn").find(zBytes[0]) != std::string_view::npos) {
-          lResult = sqlite3_bind_int64(pStatement, lvPosition, 0);
-        } else {
-          throw BadValue(column, lvRecord, "\"" + Shown(zBytes) + "\" is neither true nor false");
-        }
-        break;
-      case 'I':
-        lResult = sqlite3_bind_int64(pStatement, lvPosition,
-                                     static_cast<std::int32_t>(LittleEndian(zBytes.data(), zBytes.size())));
-        break;
-      case 'Y':
-        lResult = sqlite3_bind_int64(pStatement, lvPosition,
-                                     static_cast<std::int64_t>(LittleEndian(zBytes.data(), zBytes.size())));
-        break;
-      case 'B':
-        if (m_oTable.IsFoxPro()) {
-          const auto dNumber = std::bit_cast<double>(LittleEndian(zBytes.data(), zBytes.size()));
-          if (!std::isfinite(dNumber)) {
-            throw BadValue(column, lvRecord, "it holds no number");
-          }
-          lResult = sqlite3_bind_double(pStatement, lvPosition, dNumber);
-          break;
-        }
-        [[fallthrough]];
-      default:
-        lResult = sqlite3_bind_null(pStatement, lvPosition);
-    }
+    return sqlite3_bind_null(pStatement, lvPosition);
   }
-  if (lResult != SQLITE_OK) {
-    throw EngineAnswer(m_oDatabase, lResult, m_oTable.Path());
+  switch (field.Type) {
+    case 'C':
+      return BindText(pStatement, lvPosition, column, WithoutPaddingBehind(zBytes));
+    case 'N':
+    case 'F':
+      return BindText(pStatement, lvPosition, column, WithoutPaddingBefore(WithoutPaddingBehind(zBytes)));
+    case 'D':
+    case 'T': {
+      if (WithoutPaddingBehind(zBytes).empty() || (field.Type == 'D' && zBytes == "00000000")) {
+        return sqlite3_bind_null(pStatement, lvPosition);
+      }
+      const std::optional<Date> datValue = field.Type == 'D' ? DayOf(zBytes) : MomentOf(zBytes);
+      if (!datValue) {
+        throw BadValue(
+            column, lvRecord,
+            field.Type == 'D' ? "\"" + Shown(zBytes) + "\" is no date" : "it holds no date and time");
+      }
+      column.Text = datValue->ToStoreText();
+      return BindInPlace(pStatement, lvPosition, column.Text);
+    }
+    case 'L': {
+      const char c = zBytes[0];
+      if (IsPadding(c) || c == '?') {
+        return sqlite3_bind_null(pStatement, lvPosition);
+      }
+      const bool bTrue = std::string_view("TtYy").find(c) != std::string_view::npos;
+      if (!bTrue && std::string_view("FfNn").find(c) == std::string_view::npos) {
+        throw BadValue(column, lvRecord, "\"" + Shown(zBytes) + "\" is neither true nor false");
+      }
+      return sqlite3_bind_int64(pStatement, lvPosition, bTrue ? -1 : 0);
+    }
+    case 'I':
+      return sqlite3_bind_int64(pStatement, lvPosition, static_cast<std::int32_t>(LittleEndian(zBytes)));
+    case 'Y':
+      return sqlite3_bind_int64(pStatement, lvPosition, static_cast<std::int64_t>(LittleEndian(zBytes)));
+    case 'B':
+      if (m_oTable.IsFoxPro()) {
+        const auto dNumber = std::bit_cast<double>(LittleEndian(zBytes));
+        if (!std::isfinite(dNumber)) {
+          throw BadValue(column, lvRecord, "it holds no number");
+        }
+        return sqlite3_bind_double(pStatement, lvPosition, dNumber);
+      }
+      [[fallthrough]];
+    default:
+      return sqlite3_bind_null(pStatement, lvPosition);
   }
 }
 
 int TableLoader::BindText(sqlite3_stmt* pStatement, int lvPosition, Column& column,
-                          std::string_view zvBytes) {
+                          std::string_view zvBytes) const {
   if (zvBytes.empty()) {
     return sqlite3_bind_null(pStatement, lvPosition);
   }
@@ -325,9 +326,7 @@ int TableLoader::BindText(sqlite3_stmt* pStatement, int lvPosition, Column& colu
     m_oTable.Characters().Append(zvBytes, column.Text);
     zvBytes = column.Text;
   }
-  // The bytes of the record and of the column stay where they are until the row is in the table.
-  return sqlite3_bind_text(pStatement, lvPosition, zvBytes.data(), static_cast<int>(zvBytes.size()),
-                           SQLITE_STATIC);
+  return BindInPlace(pStatement, lvPosition, zvBytes);
 }
 
 std::string TableLoader::Shown(std::string_view zvBytes) const {

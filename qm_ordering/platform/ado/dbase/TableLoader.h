@@ -3,8 +3,8 @@
 #include <sqlite3.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qm_ordering/platform/ado/dbase/StatementColumns.h"
@@ -50,7 +50,7 @@ class TableLoader {
     const char* DeclaredType = "";
     bool IsUsed = false;
     bool IsKey = false;
-    std::string Text;  // of the current record, where its bytes have to be converted
+    std::string Text;  // of the current record, where its bytes are not the text
   };
 
   // Whether null keeps records from being found by the index in order.
@@ -61,9 +61,10 @@ class TableLoader {
   void Create(bool bvAll, NullKeys nullKeys);
   // False when a key is null and those are refused.
   bool Insert(NullKeys nullKeys);
-  void Bind(sqlite3_stmt* pStatement, int lvPosition, Column& column, const char* pvRecord,
-            std::int32_t lvRecord);
-  int BindText(sqlite3_stmt* pStatement, int lvPosition, Column& column, std::string_view zvBytes);
+  // These answer what the engine does.
+  int Bind(sqlite3_stmt* pStatement, int lvPosition, Column& column, const char* pvRecord,
+           std::int32_t lvRecord) const;
+  int BindText(sqlite3_stmt* pStatement, int lvPosition, Column& column, std::string_view zvBytes) const;
   std::string Shown(std::string_view zvBytes) const;
   Failure BadValue(const Column& column, std::int32_t lvRecord, const std::string& zvWhat) const;
   void CreateIndex();
