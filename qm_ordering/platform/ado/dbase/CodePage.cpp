@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 #include "qm_ordering/platform/file/SystemError.h"
 #include "qm_ordering/platform/value/Failure.h"
@@ -19,7 +20,7 @@ constexpr std::string_view kNoCharacter = "\xEF\xBF\xBD";
 class Conversion {
  public:
   explicit Conversion(const char* zvFrom) : m_oHandle(iconv_open("UTF-8", zvFrom)) {
-    if (m_oHandle == kFailed) {
+    if (reinterpret_cast<std::intptr_t>(m_oHandle) == -1) {
       if (errno == ENOMEM) {
         throw OutOfMemory();
       }
@@ -45,7 +46,6 @@ class Conversion {
   }
 
  private:
-  static inline const iconv_t kFailed = reinterpret_cast<iconv_t>(-1);
   iconv_t m_oHandle;
 };
 

@@ -44,29 +44,28 @@ std::string FindTable(const std::string& zvFolder, const std::string& zvTable) {
                   "The folder of the dBase tables " + zvFolder +
                       " cannot be read: " + file::SystemErrorText(errno) + ".");
   }
-  std::string zFound;
+  std::vector<std::string> zFiles;
   while (const dirent* entry = readdir(folder.get())) {
-    if (!IsFileOfTable(entry->d_name, zvTable)) {
-      continue;
+    if (IsFileOfTable(entry->d_name, zvTable)) {
+      zFiles.emplace_back(entry->d_name);
     }
-    if (!zFound.empty()) {
-      throw Failure(failure::kStoreUnavailable, "The folder " + zvFolder + " holds two dBase tables " +
-                                                    zvTable + ", " + zFound + " and " + entry->d_name +
-                                                    ". Remove the one that is not meant.");
-    }
-    zFound = entry->d_name;
   }
-  if (zFound.empty()) {
+  if (zFiles.empty()) {
     throw Failure(failure::kStoreNoTable, "The folder " + zvFolder + " holds no dBase table " + zvTable +
                                               " (a file " + zvTable + ".DBF).");
   }
-  return zvFolder + (zvFolder.ends_with('/') ? "" : "/") + zFound;
+  if (zFiles.size() > 1) {
+    throw Failure(failure::kStoreUnavailable, "The folder " + zvFolder + " holds the dBase table " + zvTable +
+                                                  " more than once, as " + zFiles[0] + " and as " +
+                                                  zFiles[1] + ". Remove the one that is not meant.");
+  }
+  return zvFolder + (zvFolder.ends_with('/') ? "" : "/") + zFiles.front();
 }
 
 // What a statement reads, told by the engine while it prepares the statement.
 class Reads {
  public:
-  Reads(sqlite3* db) : m_oDatabase(db) { sqlite3_set_authorizer(db, Authorize, this); }
+  explicit Reads(sqlite3* db) : m_oDatabase(db) { sqlite3_set_authorizer(db, Authorize, this); }
   ~Reads() { sqlite3_set_authorizer(m_oDatabase, nullptr, nullptr); }
   Reads(const Reads&) = delete;
   Reads& operator=(const Reads&) = delete;

@@ -48,7 +48,7 @@ class TableCursor : public Cursor {
     m_oOwner->m_oCursors.push_back(this);
   }
   ~TableCursor() override {
-    if (IsOpen()) {
+    if (m_oQuery != nullptr) {
       Leave();
     }
   }
