@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <map>
 #include <string>
 #include <utility>
 
+#include "qm_ordering/platform/ado/dbase/CodePage.h"
 #include "tests/dbase/Tables.h"
 #include "tests/support/TempFolder.h"
 
@@ -70,6 +73,62 @@ TEST(TableReading, TakesNoLanguageAsWindows1252) {
   std::string zBytes = Bytes("CP1252");
   zBytes[29] = 0;
   EXPECT_EQ(test::LinesOf(MadeTables() + "/CP1252.txt"), RowsOfBytes(zBytes));
+}
+
+TEST(TableReading, KnowsTheCodePageOfEachLanguage) {
+  // The other reader does not know no language, and Slovenian.
+  std::map<int, std::string> expected = {{0, "CP1252"}, {0x87, "CP852"}};
+  for (const std::string& zLine : test::LinesOf(MadeTables() + "/LANGUAGES.txt")) {
+    expected.emplace(std::stoi(zLine), zLine.substr(zLine.find(' ') + 1));
+  }
+  ASSERT_GT(expected.size(), 20U);
+  std::map<int, std::string> known;
+  for (int i = 0; i < 256; ++i) {
+    if (const char* zName = qm_ordering::ado::dbase::CodePageOf(static_cast<std::uint8_t>(i))) {
+      known.emplace(i, zName);
+    }
+  }
+  EXPECT_EQ(expected, known);
+}
+
+TEST(TableReading, ReadsTheVersionsWhoseTablesAreLaidOutAlike) {
+  std::string zBytes = Bytes("DBASE3");
+  for (const char cVersion : std::string("\x03\x43\x63\x7B\x8B\x8E\xCB\xF5\xFB")) {
+    zBytes[0] = cVersion;
+    EXPECT_EQ(test::LinesOf(MadeTables() + "/DBASE3.txt"), RowsOfBytes(zBytes)) << static_cast<int>(cVersion);
+  }
+  zBytes = Bytes("VISUAL");
+  for (const char cVersion : {'\x31', '\x32'}) {
+    zBytes[0] = cVersion;
+    EXPECT_EQ(test::LinesOf(MadeTables() + "/VISUAL.txt"), RowsOfBytes(zBytes)) << static_cast<int>(cVersion);
+  }
+}
+
+TEST(TableReading, TakesReferencesToContentsElsewhereAsNull) {
+  std::string zBytes = Bytes("DBASE3");
+  for (const char cType : {'M', 'G', 'P', 'B'}) {
+    zBytes[32 + 11] = cType;
+    EXPECT_EQ((Lines{"Null:", "Null:", "Null:", "Null:"}), RowsOfBytes(zBytes, "SELECT NAME FROM T"))
+        << cType;
+  }
+}
+
+TEST(TableReading, KeepsTheTextOfANumber) {
+  std::string zBytes = Bytes("DBASE3");
+  const std::size_t lWhole = 0x101 + 1 + 16;
+  for (const auto& [zField, zExpected] :
+       {std::pair(" 0012.50 ", "String:0012.50"), std::pair("*********", "String:*********"),
+        std::pair("1,234.50 ", "String:1,234.50"), std::pair(" 1 2     ", "String:1 2")}) {
+    zBytes.replace(lWhole, 9, zField);
+    EXPECT_EQ(zExpected, RowsOfBytes(zBytes, "SELECT WHOLE FROM T").front());
+  }
+  EXPECT_EQ("String:99999999.9999", RowsOfBytes(zBytes, "SELECT AMOUNT FROM T").back());
+}
+
+TEST(TableReading, KeepsAZeroByteWithinAText) {
+  std::string zBytes = Bytes("DBASE3");
+  zBytes.replace(0x101 + 1, 3, std::string("a\0b", 3));
+  EXPECT_EQ(std::string("String:a\0bel", 12), RowsOfBytes(zBytes, "SELECT NAME FROM T").front());
 }
 
 TEST(TableReading, KeepsBlanksBeforeATextAndDropsThoseBehindIt) {
