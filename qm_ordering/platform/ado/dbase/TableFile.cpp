@@ -158,8 +158,7 @@ void TableFile::CheckHeader(std::size_t lvFileSize) {
   }
   std::array<char, kPrefixSize> oPrefix{};
   if (!m_oBytes->ReadAt(0, oPrefix.data(), oPrefix.size())) {
-    throw Damage(m_oBytes->Error() != 0 ? file::SystemErrorText(m_oBytes->Error())
-                                        : "it ends within its header");
+    throw Damage(WhyUnread("it ends within its header"));
   }
   const auto lVersion = static_cast<unsigned char>(oPrefix[0]);
   if (!IsKnownVersion(lVersion)) {
@@ -191,7 +190,7 @@ void TableFile::CheckHeader(std::size_t lvFileSize) {
   }
   m_oDescriptions.resize(lHeader - kPrefixSize);
   if (!m_oBytes->ReadAt(kPrefixSize, m_oDescriptions.data(), m_oDescriptions.size())) {
-    throw Damage("its header cannot be read: " + file::SystemErrorText(m_oBytes->Error()));
+    throw Damage(WhyUnread("it ends within its header"));
   }
   std::size_t lEnd = 0;
   std::size_t lLengths = 0;
@@ -303,8 +302,7 @@ void TableFile::ListFields() {
 const char* TableFile::Record(std::int32_t lvRecord) {
   const char* pRecord = DBFReadTuple(m_oTable.get(), lvRecord);
   if (pRecord == nullptr) {
-    throw Damage(lvRecord, m_oBytes->Error() != 0 ? file::SystemErrorText(m_oBytes->Error())
-                                                  : "the file ends before it");
+    throw Damage(lvRecord, WhyUnread("the file ends before it"));
   }
   if (*pRecord != ' ' && DBFIsRecordDeleted(m_oTable.get(), lvRecord) == 0) {
     throw Damage(lvRecord, "it begins with " + Hexadecimal(static_cast<unsigned char>(*pRecord)) +
@@ -319,6 +317,10 @@ bool TableFile::IsNull(const TableField& field, const char* pvRecord) const {
   }
   const auto lFlags = static_cast<unsigned char>(pvRecord[m_lNullFlags + *field.NullBit / 8]);
   return ((lFlags >> (*field.NullBit % 8)) & 1U) != 0;
+}
+
+std::string TableFile::WhyUnread(const char* zvEnded) const {
+  return m_oBytes->Error() != 0 ? file::SystemErrorText(m_oBytes->Error()) : zvEnded;
 }
 
 Failure TableFile::Damage(const std::string& zvWhat) const {

@@ -83,6 +83,8 @@ class TableFile {
     void operator()(DBFInfo* pTable) const noexcept { DBFClose(pTable); }
   };
 
+  // Why bytes could not be read: what the system answered, or zvEnded where the file ended.
+  std::string WhyUnread(const char* zvEnded) const;
   std::size_t SizeOfRegularFile() const;
   void CheckHeader(std::size_t lvFileSize);
   void OpenTable();

@@ -36,19 +36,31 @@ bool IsFileOfTable(std::string_view zvFile, std::string_view zvTable) {
          SameName(zvFile.substr(zvTable.size()), kSuffix);
 }
 
+[[noreturn]] void RaiseUnreadable(const std::string& zvFolder, int lvError) {
+  const bool bMissing = lvError == ENOENT || lvError == ENOTDIR;
+  throw Failure(bMissing ? failure::kPathNotFound : failure::kStoreUnavailable,
+                "The folder of the dBase tables " + zvFolder +
+                    " cannot be read: " + file::SystemErrorText(lvError) + ".");
+}
+
 std::string FindTable(const std::string& zvFolder, const std::string& zvTable) {
   const std::unique_ptr<DIR, CloseFolder> folder(opendir(zvFolder.c_str()));
   if (folder == nullptr) {
-    const bool bMissing = errno == ENOENT || errno == ENOTDIR;
-    throw Failure(bMissing ? failure::kPathNotFound : failure::kStoreUnavailable,
-                  "The folder of the dBase tables " + zvFolder +
-                      " cannot be read: " + file::SystemErrorText(errno) + ".");
+    RaiseUnreadable(zvFolder, errno);
   }
   std::vector<std::string> zFiles;
-  while (const dirent* entry = readdir(folder.get())) {
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(folder.get());
+    if (entry == nullptr) {
+      break;
+    }
     if (IsFileOfTable(entry->d_name, zvTable)) {
       zFiles.emplace_back(entry->d_name);
     }
+  }
+  if (errno != 0) {
+    RaiseUnreadable(zvFolder, errno);
   }
   if (zFiles.empty()) {
     throw Failure(failure::kStoreNoTable, "The folder " + zvFolder + " holds no dBase table " + zvTable +
