@@ -733,7 +733,9 @@ std::int32_t Database::PersonalLists_CreateList(const std::string& zvName) {
     if (ListExists(zvName)) {
       Connection().Execute("delete from tblPersonalList where zName = " + Escaped(zvName));
     }
-    const Variant vAdded = Connection().AddRow("tblPersonalList", "zName", zvName);
+    const char* const zColumns[] = {"zName"};
+    const Variant vValues[] = {zvName};
+    const Variant vAdded = Connection().OpenTable("tblPersonalList").AddRow(zColumns, vValues);
     // In a store that lets others write meanwhile the highest id may be another's list.
     Connection().Execute("select max(lListID) from tblPersonalList");
     unit.Commit();

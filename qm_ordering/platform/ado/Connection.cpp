@@ -84,11 +84,10 @@ std::unique_ptr<Recordset> Connection::OpenDetached(const std::string& zvSQL) {
   return Recordset::Detached(session.Execute(zvSQL));
 }
 
-std::int64_t Connection::AddRow(const std::string& zvTable, const std::string& zvColumn,
-                                const Variant& vvValue) {
+TableRecordset Connection::OpenTable(const std::string& zvTable) {
   Session& session = OpenedSession();
   TraceStatement(zvTable);
-  return session.AddRow(zvTable, zvColumn, vvValue);
+  return {session, zvTable};
 }
 
 BatchRecordset Connection::OpenBatch(const std::string& zvSQL) {

@@ -34,9 +34,8 @@ class Connection {
   std::unique_ptr<Recordset> Execute(const std::string& zvSQL);
   // A result set that no longer needs the connection.
   std::unique_ptr<Recordset> OpenDetached(const std::string& zvSQL);
-  // Adds a row with that value in that column to a table and answers the row's new key. The trace shows the
-  // table's name.
-  std::int64_t AddRow(const std::string& zvTable, const std::string& zvColumn, const Variant& vvValue);
+  // A table to which rows are added. The trace shows the table's name.
+  TableRecordset OpenTable(const std::string& zvTable);
   // Rows to be changed and sent together.
   BatchRecordset OpenBatch(const std::string& zvSQL);
 

@@ -238,6 +238,21 @@ Field Recordset::Fields(std::size_t lvColumn) const {
   return {this, lvColumn};
 }
 
+bool TableRecordset::Find(const std::string& zvCriterion) const {
+  const std::size_t lEquals = zvCriterion.find('=');
+  const std::size_t lFirst = zvCriterion.find('\'');
+  const std::size_t lLast = zvCriterion.rfind('\'');
+  const std::size_t lNameEnd = zvCriterion.find_last_not_of(' ', lEquals - 1);
+  if (lEquals == std::string::npos || lEquals == 0 || lNameEnd == std::string::npos || lFirst < lEquals ||
+      lFirst == lLast || zvCriterion.find_first_not_of(' ', lEquals + 1) != lFirst ||
+      lLast + 1 != zvCriterion.size()) {
+    throw Failure(failure::kBadCriterion,
+                  "The search criterion " + zvCriterion + " has not the form COLUMN = 'value'.");
+  }
+  return m_oSession.HasRow(m_zTable, zvCriterion.substr(0, lNameEnd + 1),
+                           std::string_view(zvCriterion).substr(lFirst + 1, lLast - lFirst - 1));
+}
+
 BatchRecordset::BatchRecordset(Session& oSession, const std::string& zvSQL)
     : m_oSession(oSession), m_oKeyset(oSession.ReadKeyset(zvSQL)) {}
 

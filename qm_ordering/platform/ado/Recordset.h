@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "qm_ordering/platform/ado/Session.h"
@@ -53,6 +55,27 @@ class Recordset {
   friend class Field;
   virtual const ColumnNames& Columns() const = 0;
   virtual Variant ValueAt(std::size_t lvColumn) const = 0;
+};
+
+// A table of a store to which rows are added, each at once. Who adds rows that belong together opens a
+// transaction around them. Must be used while the session is open; raises what the provider raises.
+class TableRecordset {
+ public:
+  TableRecordset(Session& oSession, std::string zvTable)
+      : m_oSession(oSession), m_zTable(std::move(zvTable)) {}
+
+  // Adds a row, a value for each of the columns, and answers its new key.
+  std::int64_t AddRow(std::span<const char* const> zvColumns, std::span<const Variant> vvValues) {
+    return m_oSession.AddRow(m_zTable, zvColumns, vvValues);
+  }
+
+  // Whether there is a row that meets the criterion "COLUMN = 'value'", as the store compares. What stands
+  // between the first and the last quote is the value, as it is. Raises kBadCriterion for any other text.
+  bool Find(const std::string& zvCriterion) const;
+
+ private:
+  Session& m_oSession;
+  std::string m_zTable;
 };
 
 // Rows to be changed: read at once, changed in memory, sent together.

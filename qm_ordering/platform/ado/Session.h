@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -59,9 +60,12 @@ class Session {
   // Runs one statement. Null when it is not a query.
   virtual std::unique_ptr<Cursor> Execute(const std::string& zvSQL) = 0;
 
-  // Adds a row to a table and answers its new key. The other columns have their defaults.
-  virtual std::int64_t AddRow(const std::string& zvTable, const std::string& zvColumn,
-                              const Variant& vvValue) = 0;
+  // Adds a row to a table, a value for each of the columns, and answers its new key. The other columns have
+  // their defaults.
+  virtual std::int64_t AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
+                              std::span<const Variant> vvValues) = 0;
+  // Whether a table has a row with that value in that column, as the store compares.
+  virtual bool HasRow(const std::string& zvTable, const std::string& zvColumn, const Variant& vvValue) = 0;
 
   // Reads the rows of a select on one table.
   virtual Keyset ReadKeyset(const std::string& zvSQL) = 0;

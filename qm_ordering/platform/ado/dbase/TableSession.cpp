@@ -23,7 +23,10 @@ class TableSession : public Session {
 
   std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
 
-  std::int64_t AddRow(const std::string&, const std::string&, const Variant&) override { Refuse(); }
+  std::int64_t AddRow(const std::string&, std::span<const char* const>, std::span<const Variant>) override {
+    Refuse();
+  }
+  bool HasRow(const std::string&, const std::string&, const Variant&) override { Refuse(); }
   Keyset ReadKeyset(const std::string&) override { Refuse(); }
   void WriteKeyset(const Keyset&) override { Refuse(); }
   void Begin(TransactionKind) override { Refuse(); }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qm_ordering/platform/PerThread.h"
+#include "qm_ordering/platform/ado/StoresBarred.h"
 #include "qm_ordering/platform/ado/embedded/Integrity.h"
 #include "qm_ordering/platform/ado/embedded/KeysetWriter.h"
 #include "qm_ordering/platform/ado/embedded/PooledSession.h"
@@ -66,8 +67,9 @@ class EmbeddedSession : public Session {
   ~EmbeddedSession() override;
 
   std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
-  std::int64_t AddRow(const std::string& zvTable, const std::string& zvColumn,
-                      const Variant& vvValue) override;
+  std::int64_t AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
+                      std::span<const Variant> vvValues) override;
+  bool HasRow(const std::string& zvTable, const std::string& zvColumn, const Variant& vvValue) override;
   Keyset ReadKeyset(const std::string& zvSQL) override;
   void WriteKeyset(const Keyset& oKeyset) override;
   void Begin(TransactionKind kind) override;
@@ -107,7 +109,7 @@ class EmbeddedCursor : public Cursor {
 
   bool Next() override {
     RequireOpen();
-    m_oOwner->m_oSession->RequireOwnProcess();
+    m_oOwner->m_oSession->RequireMayBeUsed();
     const int lResult = sqlite3_step(m_oStatement->Handle.get());
     if (lResult == SQLITE_ROW) {
       return true;
@@ -183,11 +185,17 @@ std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
   return nullptr;
 }
 
-std::int64_t EmbeddedSession::AddRow(const std::string& zvTable, const std::string& zvColumn,
-                                     const Variant& vvValue) {
+std::int64_t EmbeddedSession::AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
+                                     std::span<const Variant> vvValues) {
   Translation translation;
-  translation.Text = "insert into " + zvTable + " (" + zvColumn + ") values (?)";
-  translation.Parameters.push_back(ToParameter(vvValue, m_oSession->Kinds()(zvColumn)));
+  std::string zPlaces;
+  translation.Text = "insert into " + zvTable + " (";
+  for (std::size_t i = 0; i < zvColumns.size(); ++i) {
+    translation.Text.append(i == 0 ? "" : ", ").append(zvColumns[i]);
+    zPlaces += i == 0 ? "?" : ", ?";
+    translation.Parameters.push_back(ToParameter(vvValues[i], m_oSession->Kinds()(zvColumns[i])));
+  }
+  translation.Text += ") values (" + zPlaces + ")";
   std::unique_ptr<Prepared> statement = Start(translation);
   const int lResult = sqlite3_step(statement->Handle.get());
   if (lResult != SQLITE_DONE) {
@@ -195,6 +203,20 @@ std::int64_t EmbeddedSession::AddRow(const std::string& zvTable, const std::stri
   }
   m_oSession->Keep(std::move(statement));
   return sqlite3_last_insert_rowid(m_oSession->Database());
+}
+
+bool EmbeddedSession::HasRow(const std::string& zvTable, const std::string& zvColumn,
+                             const Variant& vvValue) {
+  Translation translation;
+  translation.Text = "select 1 from " + zvTable + " where " + zvColumn + " = ? limit 1";
+  translation.Parameters.push_back(ToParameter(vvValue, m_oSession->Kinds()(zvColumn)));
+  std::unique_ptr<Prepared> statement = Start(translation);
+  const int lResult = sqlite3_step(statement->Handle.get());
+  if (lResult != SQLITE_ROW && lResult != SQLITE_DONE) {
+    throw m_oSession->Answer(lResult);
+  }
+  m_oSession->Keep(std::move(statement));
+  return lResult == SQLITE_ROW;
 }
 
 Keyset EmbeddedSession::ReadKeyset(const std::string& zvSQL) {
@@ -273,7 +295,7 @@ void EmbeddedSession::Rollback() noexcept {
 
 void EmbeddedSession::CopyTo(const std::string& zvCopy, const std::string& zvCopyName,
                              const CopyProgress& progress) {
-  m_oSession->RequireOwnProcess();
+  m_oSession->RequireMayBeUsed();
   CopyStore(m_oSession->Database(), m_oSession->Name(), zvCopy, zvCopyName, progress);
 }
 
@@ -283,6 +305,7 @@ std::vector<std::string> EmbeddedSession::CheckIntegrity() {
 
 // A session that rests in the thread's pool, or a new one.
 std::unique_ptr<PooledSession> TakeOrOpen(const std::string& zvPath) {
+  StoresBarred::RequireNone();
   std::unique_ptr<PooledSession> session;
   if (Pool* pool = PerThread<Pool>::Get()) {
     session = pool->Take(zvPath);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "qm_ordering/platform/ado/ConnectionString.h"
+#include "qm_ordering/platform/ado/StoresBarred.h"
 #include "qm_ordering/platform/ado/embedded/SchemaSteps.h"
 #include "qm_ordering/platform/ado/embedded/StoreFile.h"
 #include "qm_ordering/platform/ado/embedded/UnfinishedStore.h"
@@ -346,14 +347,15 @@ bool PooledSession::IsOfThisProcess() const noexcept {
   return m_lProcess == g_lThisProcess.load(std::memory_order_relaxed);
 }
 
-void PooledSession::RequireOwnProcess() const {
+void PooledSession::RequireMayBeUsed() const {
+  StoresBarred::RequireNone();
   if (!IsOfThisProcess()) {
     RaiseForked(m_zName);
   }
 }
 
 std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation) {
-  RequireOwnProcess();
+  RequireMayBeUsed();
   const auto kept = m_oStatementsByText.find(translation.Text);
   if (kept != m_oStatementsByText.end()) {
     std::unique_ptr<Prepared> statement = std::move(*kept->second);

@@ -51,10 +51,10 @@ class PooledSession {
   // False in a fork of the process that opened the session. The session is that process's there: it is not
   // used, and nothing of it is ended.
   bool IsOfThisProcess() const noexcept;
-  // Raises kStoreUnavailable in such a fork.
-  void RequireOwnProcess() const;
+  // Raises kStoreUnavailable in such a fork, and kInvalidCall while the thread's stores are barred.
+  void RequireMayBeUsed() const;
 
-  // A statement ready to be bound, from those kept or new. Requires the own process.
+  // A statement ready to be bound, from those kept or new. Raises what RequireMayBeUsed raises.
   std::unique_ptr<Prepared> Prepare(const Translation& translation);
   // Gives its parameter at that position, from 1, the value.
   void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter);
