@@ -6,6 +6,7 @@
 #include "qm_ordering/foundation/MembersById.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
 #include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/OrderHistoryImporter.h"
 #include "qm_ordering/history/PreviousOrder.h"
 #include "qm_ordering/lists/PersonalList.h"
 #include "qm_ordering/lists/PersonalLists.h"

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/OrderHistoryImporter.h"
 #include "qm_ordering/history/PreviousOrder.h"
 #include "qm_ordering/lists/PersonalList.h"
 #include "qm_ordering/lists/PersonalLists.h"
@@ -33,12 +34,13 @@ struct PublicClass {
   std::shared_ptr<Object> (*Make)();
 };
 
-constexpr std::array<PublicClass, 12> kClasses = {{
+constexpr std::array<PublicClass, 13> kClasses = {{
     {"CreditCardDetails", Make<CreditCardDetails>},
     {"CurrentOrder", Make<CurrentOrder>},
     {"DeliveryInformation", Make<DeliveryInformation>},
     {"OrderDetails", Make<OrderDetails>},
     {"OrderHistory", Make<OrderHistory>},
+    {"OrderHistoryImporter", Make<OrderHistoryImporter>},
     {"OrderInformation", Make<OrderInformation>},
     {"OrderItem", Make<OrderItem>},
     {"OrderItems", Make<OrderItems>},

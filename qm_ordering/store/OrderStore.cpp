@@ -71,14 +71,22 @@ struct WrongTotal {
 };
 
 // Each order's lines are summed here and not by the store, so that a sum out of range is a finding and not
-// the end of the check.
+// the end of the check. The total of an imported order is what the older program had, with what that added to
+// its lines.
 std::vector<WrongTotal> WrongTotals(ado::Connection& connection) {
-  std::map<std::int32_t, CurrencySum> sums;
-  const auto lines = connection.Execute("select lOrderID, cExtendedPrice from tblOrderItem");
-  const ado::Field lineOrder = lines->Fields("lOrderID");
-  const ado::Field extendedPrice = lines->Fields("cExtendedPrice");
-  for (; !lines->AtEnd(); lines->MoveNext()) {
-    sums[lineOrder.Value().ToInteger()].Add(extendedPrice.Value().ToCurrency());
+  struct Lines {
+    CurrencySum Sum;
+    bool Imported = false;
+  };
+  std::map<std::int32_t, Lines> lines;
+  const auto rows = connection.Execute("select lOrderID, cExtendedPrice, bImported from tblOrderItem");
+  const ado::Field rowOrder = rows->Fields("lOrderID");
+  const ado::Field extendedPrice = rows->Fields("cExtendedPrice");
+  const ado::Field imported = rows->Fields("bImported");
+  for (; !rows->AtEnd(); rows->MoveNext()) {
+    Lines& ofOrder = lines[rowOrder.Value().ToInteger()];
+    ofOrder.Sum.Add(extendedPrice.Value().ToCurrency());
+    ofOrder.Imported = ofOrder.Imported || imported.Value().ToBoolean();
   }
   std::vector<WrongTotal> wrong;
   const auto orders = connection.Execute("select lOrderID, cTotalPrice from tblOrder order by lOrderID");
@@ -86,9 +94,10 @@ std::vector<WrongTotal> WrongTotals(ado::Connection& connection) {
   const ado::Field total = orders->Fields("cTotalPrice");
   for (; !orders->AtEnd(); orders->MoveNext()) {
     const std::int32_t lOrderID = order.Value().ToInteger();
+    const Lines& ofOrder = lines[lOrderID];
     const Currency cTotal = total.Value().ToCurrency();
-    const std::optional<Currency> cSum = sums[lOrderID].Total();
-    if (cSum != cTotal) {
+    const std::optional<Currency> cSum = ofOrder.Sum.Total();
+    if (!ofOrder.Imported && cSum != cTotal) {
       wrong.push_back({lOrderID, cTotal, cSum});
     }
   }

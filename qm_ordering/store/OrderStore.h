@@ -26,10 +26,10 @@ QM_ORDERING_API std::string OrderStorePath();
 
 // Examines this thread's store and changes nothing: the file by the engine's own check, the schema, at most
 // one current order, no item twice in an order or list, no two lists of one name, and each order's total
-// against the sum of its lines. Answers a finding each, in words, empty when all is well. Reads one state of
-// the store, so other programs may go on working. What cannot be checked is a finding too. Runs the thread's
-// start-up. Raises what OrderStorePath raises, -2147467259 for a store that is missing, locked or
-// unreadable, and 7 when memory ends.
+// against the sum of its lines (an imported order's total is the older program's). Answers a finding each, in
+// words, empty when all is well. Reads one state of the store, so other programs may go on working. What
+// cannot be checked is a finding too. Runs the thread's start-up. Raises what OrderStorePath raises,
+// -2147467259 for a store that is missing, locked or unreadable, and 7 when memory ends.
 QM_ORDERING_API std::vector<std::string> CheckOrderStore();
 
 // Called on the caller's thread after each step of a copy: how many pages of the store are copied, and how
@@ -80,11 +80,12 @@ QM_ORDERING_API std::vector<std::string> BackupOrderStore(const std::string& zvF
 // OrderStorePath raises.
 QM_ORDERING_API std::string RestoreOrderStore(const std::string& zvFile, const StoreProgress& progress = {});
 
-// Sets the total of each order of this thread's store to the sum of its lines where it is not, all of them or
-// none, and answers what it changed, in words; empty when there was nothing to do. A total whose sum is
-// beyond the range of money is left, and said. Waits for other programs that write. Runs the thread's
-// start-up. Raises what OrderStorePath raises, -2147467259 for a store that is damaged, missing, locked or
-// unreadable, or read-only where there is something to set, and 7 when memory ends; it is then unchanged.
+// Sets the total of each order of this thread's store that was not imported to the sum of its lines where it
+// is not, all of them or none, and answers what it changed, in words; empty when there was nothing to do. A
+// total whose sum is beyond the range of money is left, and said. Waits for other programs that write. Runs
+// the thread's start-up. Raises what OrderStorePath raises, -2147467259 for a store that is damaged, missing,
+// locked or unreadable, or read-only where there is something to set, and 7 when memory ends; it is then
+// unchanged.
 QM_ORDERING_API std::vector<std::string> RepairOrderStore();
 
 }  // namespace qm_ordering
