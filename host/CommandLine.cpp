@@ -5,6 +5,7 @@
 #include "host/Demo.h"
 #include "host/Errors.h"
 #include "host/HistoryCommands.h"
+#include "host/ImportCommand.h"
 #include "host/ListCommands.h"
 #include "host/NearestNames.h"
 #include "host/OrderCommands.h"
@@ -102,6 +103,7 @@ bool ReadCommandLine(int lvCount, char** zvArguments, Context& context, Command&
   AddOrderCommands(app, chosen);
   AddListCommands(app, chosen);
   AddHistoryCommands(app, chosen);
+  AddImportCommand(app, chosen);
   AddDemo(app, chosen);
 
   try {
