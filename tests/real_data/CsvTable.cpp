@@ -2,6 +2,7 @@
 
 #include <csv.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 
@@ -65,6 +66,16 @@ std::vector<CsvRow> ReadCsv(const std::string& zvPath) {
     rows.push_back(std::move(row));
   }
   return rows;
+}
+
+std::int64_t WholeUnits(const std::string& zvNumber, std::size_t lvDecimals) {
+  const std::size_t lPoint = std::min(zvNumber.find('.'), zvNumber.size());
+  std::string zDecimals = lPoint == zvNumber.size() ? "" : zvNumber.substr(lPoint + 1);
+  if (zDecimals.size() > lvDecimals) {
+    throw std::runtime_error("too many decimals: " + zvNumber);
+  }
+  zDecimals.resize(lvDecimals, '0');
+  return std::stoll(zvNumber.substr(0, lPoint) + zDecimals);
 }
 
 }  // namespace test

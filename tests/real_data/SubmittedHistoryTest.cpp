@@ -1,6 +1,4 @@
 #include <gtest/gtest.h>
-#include <locale.h>
-#include <wctype.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -9,12 +7,12 @@
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "qm_ordering/history/OrderHistory.h"
 #include "qm_ordering/store/OrderStore.h"
 #include "tests/real_data/EnteredOrders.h"
+#include "tests/real_data/ListedOrders.h"
 #include "tests/support/EnvironmentScope.h"
 #include "tests/support/StrictXml.h"
 
@@ -25,8 +23,11 @@ using qm_ordering::OrderHistory;
 using qm_ordering::PreviousOrder;
 using qm_ordering::Variant;
 using test::CsvRow;
+using test::InLowerCase;
+using test::ListedOrder;
 using test::OrderValues;
 using test::Values;
+using test::WholeUnits;
 
 // An order of the tables, and what the store must hold of it.
 struct SourceOrder {
@@ -40,34 +41,6 @@ struct SourceOrder {
   // "1996-07-04 00:00:00"
   std::string Moment() const { return Row.at("orderDate").substr(0, 19); }
 };
-
-// The letters of a text one by one, each in its lower case as the C library has it.
-std::wstring InLowerCase(const std::string& zvText) {
-  static const locale_t locale = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
-  const locale_t before = uselocale(locale);
-  std::wstring zWide(zvText.size() + 1, L'\0');
-  const std::size_t lLetters = mbstowcs(zWide.data(), zvText.c_str(), zWide.size());
-  uselocale(before);
-  if (lLetters == static_cast<std::size_t>(-1)) {
-    throw std::runtime_error("no text: " + zvText);
-  }
-  zWide.resize(lLetters);
-  for (wchar_t& cLetter : zWide) {
-    cLetter = static_cast<wchar_t>(towlower_l(static_cast<wint_t>(cLetter), locale));
-  }
-  return zWide;
-}
-
-// A number with at most lvDecimals decimals as a whole number of its smallest unit: "9.8", 4 is 98000.
-std::int64_t WholeUnits(const std::string& zvNumber, std::size_t lvDecimals) {
-  const std::size_t lPoint = std::min(zvNumber.find('.'), zvNumber.size());
-  std::string zDecimals = lPoint == zvNumber.size() ? "" : zvNumber.substr(lPoint + 1);
-  if (zDecimals.size() > lvDecimals) {
-    throw std::runtime_error("too many decimals: " + zvNumber);
-  }
-  zDecimals.resize(lvDecimals, '0');
-  return std::stoll(zvNumber.substr(0, lPoint) + zDecimals);
-}
 
 // "1,234.50" of an amount times 10,000, rounded half away from zero.
 std::string WithTwoDecimals(std::int64_t lvAmount) {
@@ -218,45 +191,12 @@ class SubmittedHistory : public test::EnteredOrders {
     throw std::runtime_error("no such order was submitted: " + std::to_string(entry.OrderID()));
   }
 
-  // What an order of the history goes by. Entries that are equal in it may come in any order among
-  // themselves.
-  using Key = std::tuple<std::wstring, std::string, std::int64_t>;
-  static Key KeyOf(const SourceOrder& source, std::int32_t lvSortOrder) {
-    switch (lvSortOrder) {
-      case 0:
-        return {InLowerCase(source.PONumber()), source.Moment(), 0};
-      case 1:
-        return {InLowerCase(source.PONumber()), "", 0};
-      case 2:
-        return {L"", source.Moment(), 0};
-      default:
-        return {L"", "", source.Total};
-    }
-  }
-
   void ExpectListed(const OrderHistory& history, std::int32_t lvSortOrder) const {
-    std::vector<Key> expected;
+    std::vector<ListedOrder> listed;
     for (const SourceOrder& source : Submitted) {
-      expected.push_back(KeyOf(source, lvSortOrder));
+      listed.push_back({source.OrderID, source.PONumber(), source.Moment(), source.Total});
     }
-    std::sort(expected.begin(), expected.end());
-    std::vector<Key> listed;
-    std::set<std::int32_t> ids;
-    for (const auto& oEntry : history) {
-      const SourceOrder& source = SourceOf(*oEntry);
-      listed.push_back(KeyOf(source, lvSortOrder));
-      ids.insert(oEntry->OrderID());
-      EXPECT_EQ(source.PONumber(), oEntry->PurchaseOrderNumber());
-      EXPECT_EQ(source.Moment(), oEntry->SubmitDate().ToStoreText());
-      EXPECT_EQ(source.Total, oEntry->OrderTotal().Scaled());
-      EXPECT_EQ(oEntry, history.Item(oEntry->OrderID()));
-    }
-    EXPECT_EQ(Submitted.size(), ids.size());
-    EXPECT_EQ(Submitted.size(), static_cast<std::size_t>(history.Count()));
-    ASSERT_EQ(expected.size(), listed.size());
-    for (std::size_t l = 0; l < expected.size(); ++l) {
-      ASSERT_EQ(expected[l], listed[l]) << "entry " << l + 1;
-    }
+    test::ExpectListed(history, listed, lvSortOrder);
   }
 
   void ExpectXML(const OrderHistory& history) const {
