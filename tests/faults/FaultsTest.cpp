@@ -241,8 +241,9 @@ class Faults : public testing::Test {
     if (std::ranges::find(injector.Failed, SystemCall::Delete) == injector.Failed.end()) {
       std::vector<std::string> files = m_oStore.Files();
       std::erase_if(files, [](const std::string& zvFile) {
-        return zvFile.starts_with("new") || zvFile.starts_with("Orders.mdb.replaced-") ||
-               zvFile == "Orders.mdb.schema1";
+        return zvFile.starts_with("new") || zvFile.starts_with("legacy") ||
+               zvFile.starts_with("Orders.mdb.replaced-") || zvFile == "Orders.mdb.schema1" ||
+               zvFile == "Order_History_Import_Log.txt";
       });
       EXPECT_EQ((std::vector<std::string>{"Orders.mdb", "PersonalLists.xml", "PersonalLists.xml.lock",
                                           "backup.mdb", "settings.ini", "settings.ini.lock"}),
@@ -310,6 +311,48 @@ TEST_F(Faults, AFewOfAllRequestsThatFailLeaveTheStoreSound) {
 
 TEST_F(FaultsFull, EveryRequestThatFailsLeavesTheStoreSound) {
   EXPECT_LE(2000U, InjectAll(1));
+}
+
+TEST_F(Faults, OfTheTablesOfAnImportFailItWithNothingChangedAndNoWordElsewhere) {
+  const std::vector<StoreCall> calls = m_oStore.Calls();
+  const auto call = std::ranges::find_if(
+      calls, [](const StoreCall& other) { return other.Name == std::string("ApplyImports"); });
+  ASSERT_NE(calls.end(), call);
+  const Course course = CourseOf(*call);
+  std::set<SystemCall> reported;
+  for (const Fault& fault : kFaults) {
+    bool bReached = true;
+    for (std::size_t lAt = 0; bReached && !HasFailure(); ++lAt) {
+      const auto run = Prepare(*call, true);
+      const std::size_t lOpen = OpenFiles();
+      Injector injector(fault, lAt);
+      testing::internal::CaptureStderr();
+      Outcome outcome;
+      {
+        const test::SystemWatch watch(injector, m_oStore.LegacyFolder());
+        outcome = test::OutcomeOf(run);
+      }
+      SCOPED_TRACE(std::string(fault.Name) + ", request " + std::to_string(lAt) + ", " + injector.What +
+                   "; outcome: " + outcome.Failure);
+      EXPECT_EQ("", testing::internal::GetCapturedStderr());
+      EXPECT_GE(lOpen, OpenFiles());
+      bReached = !injector.Failed.empty();
+      if (outcome.Failure.empty()) {
+        EXPECT_EQ(course.Values, outcome.Values);
+        EXPECT_EQ(course.After, m_oStore.State());
+        continue;
+      }
+      reported.insert(injector.Failed.front());
+      EXPECT_NE(std::string::npos, outcome.Failure.find(m_oStore.LegacyFolder())) << outcome.Failure;
+      EXPECT_EQ(course.Before, m_oStore.State());
+      const Outcome again = test::OutcomeOf(run);
+      EXPECT_EQ("", again.Failure);
+      EXPECT_EQ(course.After, m_oStore.State());
+    }
+  }
+  for (const SystemCall kind : {SystemCall::Open, SystemCall::Read, SystemCall::Status}) {
+    EXPECT_TRUE(reported.contains(kind)) << test::NameOf(kind);
+  }
 }
 
 TEST_F(Faults, ReadsAndWritesThatAreDoneByHalvesChangeNothing) {

@@ -211,6 +211,14 @@ TEST_F(PowerLossFull, InTheMiddleOfARestoreLeavesTheOldStoreOrTheNew) {
   CutWithin("RestoreOrderStore", 1);
 }
 
+TEST_F(PowerLoss, InTheMiddleOfAnImportLeavesAllOrdersOrNone) {
+  CutWithin("ApplyImports", 7);
+}
+
+TEST_F(PowerLossFull, InTheMiddleOfAnImportLeavesAllOrdersOrNone) {
+  CutWithin("ApplyImports", 1);
+}
+
 TEST_F(PowerLoss, InTheMiddleOfAnExportLeavesTheOldFileOfTheListsOrTheNew) {
   CutWithin("SaveAsXML", 3);
 }

@@ -341,6 +341,10 @@ QM_SYSTEM ssize_t pread64(int lvDescriptor, void* pvData, std::size_t lvSize, of
   return test::ReadAt(lvDescriptor, pvData, lvSize, lvOffset);
 }
 
+QM_SYSTEM ssize_t pread(int lvDescriptor, void* pvData, std::size_t lvSize, off_t lvOffset) {
+  return test::ReadAt(lvDescriptor, pvData, lvSize, lvOffset);
+}
+
 QM_SYSTEM ssize_t write(int lvDescriptor, const void* pvData, std::size_t lvSize) {
   SystemRequest request = test::On(SystemCall::Write, lvDescriptor);
   request.Data = pvData;

@@ -9,6 +9,7 @@
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/OrderHistoryImporter.h"
 #include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/CurrentOrder.h"
 #include "qm_ordering/order/LibraryAccess.h"
@@ -19,6 +20,7 @@
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/store/Database.h"
 #include "qm_ordering/store/OrderStore.h"
+#include "tests/support/LegacyTables.h"
 #include "tests/support/OrderValues.h"
 #include "tests/support/StoreFixture.h"
 
@@ -155,6 +157,25 @@ void MakeLists() {
   list.AddItem(NewItem("C-3", 4, "2"), lists.CreateList("Paint"));
 }
 
+// A failure of the log, which is written when the orders are there, is none of the import.
+Outcome Imported(const std::string& zvFolder, bool bvWriteLog) {
+  qm_ordering::ClearLastFailure();
+  qm_ordering::OrderHistoryImporter importer;
+  const std::int32_t lOrders = importer.ApplyImports(zvFolder, bvWriteLog);
+  const auto failure = qm_ordering::LastFailure();
+  if (lOrders == 0) {
+    return failure.Number != 0 && importer.LogHeader() == "Failed: Could not find Order History database"
+               ? Swallowed({})
+               : Outcome{"the import does not say that it failed", {}};
+  }
+  if (lOrders != kSmallOrders || !importer.LogHeader().ends_with("Success:\t3 purchase orders imported.") ||
+      (failure.Number != 0 &&
+       failure.Description.find("Order_History_Import_Log.txt") == std::string::npos)) {
+    return {"the import is not said to be whole: " + importer.LogHeader() + " " + failure.Description, {}};
+  }
+  return {{}, importer.LogHeader() + importer.LogBody()};
+}
+
 // As the library made it at first.
 void MakeFirstSchema(const std::string& zvStore) {
   qm_ordering::ado::embedded::CloseIdleSessions();
@@ -175,13 +196,14 @@ Outcome OutcomeOf(const std::function<Outcome()>& call) {
 WorkingStore::WorkingStore() {
   std::filesystem::create_directory(Folder());
   const std::string zSettings = Folder() + "/settings.ini";
-  WriteFile(zSettings,
-            "OrderingDatabasePath=" + Folder() + "\nReg_City=Registered\nReg_FullCompanyName=Company\n");
+  WriteFile(zSettings, "OrderingDatabasePath=" + Folder() + "\nLogPath=" + Folder() +
+                           "\nReg_City=Registered\nReg_FullCompanyName=Company\n");
   qm_ordering::ForgetStartUp();
   qm_ordering::InstallSettings(qm_ordering::CreateFileSettings(zSettings));
   qm_ordering::CreateOrderStore(Folder());
   MakeOrders(Backup());
   MakeLists();
+  std::filesystem::copy(SmallLegacyTables(), LegacyFolder());
   qm_ordering::ado::embedded::CloseIdleSessions();
   std::filesystem::rename(Folder(), Made());
   SetBack();
@@ -440,6 +462,8 @@ std::vector<StoreCall> WorkingStore::Calls() const {
          return Outcome{};
        }),
        {}},
+      {"ApplyImports", Alone([zFolder = LegacyFolder()] { return Imported(zFolder, false); }), {}},
+      {"ApplyImports with a log", Alone([zFolder = LegacyFolder()] { return Imported(zFolder, true); }), {}},
       {"CheckOrderStore",
        Alone([] {
          std::string zFindings;

@@ -32,7 +32,7 @@ Outcome OutcomeOf(const std::function<Outcome()>& call);
 
 // A folder with a store and a settings file that names it, which can be set back to how it was made: one
 // submitted order and the current one, with three lines each, and two personal lists, of which the file of
-// the lists holds the first with one line of two.
+// the lists holds the first with one line of two. Beside them lie the tables of an older program.
 class WorkingStore {
  public:
   WorkingStore();
@@ -49,6 +49,8 @@ class WorkingStore {
   std::string Backup() const { return Folder() + "/backup.mdb"; }
   // Where the store is found when it was replaced and its successor is not there; empty otherwise.
   std::string KeptFile() const;
+  // The tables of an older program: see SmallLegacyTables.
+  std::string LegacyFolder() const { return Folder() + "/legacy"; }
   // The folder of a store that is not there yet.
   std::string NewFolder() const { return Folder() + "/new/store"; }
 
@@ -59,7 +61,7 @@ class WorkingStore {
   std::vector<std::string> Files() const;
 
   // Every call that reads or writes the store, makes, copies or replaces one, writes the file of the lists,
-  // or saves the settings.
+  // imports orders, or saves the settings.
   std::vector<StoreCall> Calls() const;
 
  private:

@@ -42,4 +42,30 @@ std::string LegacyTables::Make() const {
   return zFolder;
 }
 
+const std::string& SmallLegacyTables() {
+  static LegacyTables tables;
+  static const std::string zFolder = [] {
+    int lLine = 0;
+    for (int lOrder = 1; lOrder <= kSmallOrders; ++lOrder) {
+      const std::string zOrder = std::to_string(lOrder);
+      tables.AddOrder(zOrder, {{"PONUM", "PO-" + zOrder},
+                               {"STADDRESS1", "A street of some length " + zOrder},
+                               {"STADDRESS2", "Hall " + zOrder},
+                               {"STADDRESS3", "Gate " + zOrder},
+                               {"STATTN", "Mary Ann Smith"},
+                               {"ORDDATE", "7/" + zOrder + "/2003"},
+                               {"POTOTAL", "1,234.5" + zOrder}});
+      // One line, two, and four.
+      for (const int lEnd = (1 << lOrder) - 1; lLine < lEnd; ++lLine) {
+        tables.AddLine(zOrder, "OLD-" + std::to_string(lLine % 4),
+                       {{"QUANTITY", std::to_string(lLine)},
+                        {"UNITPRICE", "$12.5"},
+                        {"DESC", "What the line " + std::to_string(lLine) + " is, in some words"}});
+      }
+    }
+    return tables.Make();
+  }();
+  return zFolder;
+}
+
 }  // namespace test

@@ -27,4 +27,10 @@ class LegacyTables {
   nlohmann::json m_oContent = {{"orders", nlohmann::json::array()}, {"lines", nlohmann::json::array()}};
 };
 
+// The folder of tables with three orders, PO-1 to PO-3, of seven lines, three of which are to be marked. Made
+// at the first call, for the rest of the run.
+const std::string& SmallLegacyTables();
+constexpr int kSmallOrders = 3;
+constexpr int kSmallLines = 7;
+
 }  // namespace test
