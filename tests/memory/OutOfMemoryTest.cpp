@@ -10,6 +10,7 @@
 
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/history/OrderHistory.h"
+#include "qm_ordering/history/OrderHistoryImporter.h"
 #include "qm_ordering/lists/PersonalLists.h"
 #include "qm_ordering/order/OrderItems.h"
 #include "qm_ordering/platform/text/NumberFormat.h"
@@ -17,6 +18,7 @@
 #include "qm_ordering/store/OrderStore.h"
 #include "tests/memory/OperationFixture.h"
 #include "tests/support/EnvironmentScope.h"
+#include "tests/support/LegacyTables.h"
 #include "tests/support/MemorySettings.h"
 #include "tests/support/OrderFields.h"
 #include "tests/support/RaisedNumber.h"
@@ -43,6 +45,8 @@ struct NamedOperation {
   // How often an allocation fails in the full tests that begin without a session: most of those are the
   // engine's opening, the same in every operation.
   std::int64_t ColdStride = 13;
+  // The same of those that begin with one.
+  std::int64_t WarmStride = 1;
 
   friend void PrintTo(const NamedOperation& operation, std::ostream* pOut) { *pOut << operation.Name; }
 };
@@ -288,6 +292,20 @@ class OutOfMemory : public test::OperationFixture, public testing::WithParamInte
         .Prepare = [](Order&, std::string&) { return [] { qm_ordering::OrderHistory().DeleteOrder(1); }; }};
   }
 
+  // It reads and writes seven lines, each like the other ones.
+  Operation ApplyImports() {
+    FillStore();
+    return {.Prepare =
+                [](Order&, std::string& zrAnswer) {
+                  return [&zrAnswer, &zTables = test::SmallLegacyTables()] {
+                    qm_ordering::OrderHistoryImporter importer;
+                    zrAnswer = AnswerOf(importer.ApplyImports(zTables), importer.LogHeader());
+                  };
+                },
+            .Swallows = true,
+            .AnswerOfFailure = "0"};
+  }
+
   void FailEach(const Operation& operation, std::int64_t lvWarmStride, std::int64_t lvColdStride) {
     // The signs of its amounts must be converted from the locale's characters.
     const test::EnvironmentScope path("LOCPATH", QM_ORDERING_LOCALES);
@@ -310,6 +328,15 @@ class OutOfMemory : public test::OperationFixture, public testing::WithParamInte
                 },
             .Swallows = true,
             .AnswerOfFailure = zvAnswerOfFailure};
+  }
+
+  static const char* AnswerOf(std::int32_t lvOrders, const std::string& zvLogHeader) {
+    if (lvOrders == 0 && zvLogHeader == "Failed: Could not find Order History database") {
+      return "0";
+    }
+    const bool bWhole =
+        lvOrders == test::kSmallOrders && zvLogHeader.ends_with("Success:\t3 purchase orders imported.");
+    return bWhole ? "3" : "unclear";
   }
 
   Operation AddItemToAList(const std::string& zvItemNumber) {
@@ -357,7 +384,8 @@ const auto kOperations = testing::Values(
     NamedOperation{"AddItemToAListOfAnExistingLine", &OutOfMemory::AddItemToAListOfAnExistingLine},
     NamedOperation{"LoadList", &OutOfMemory::LoadList},
     NamedOperation{"LoadHistory", &OutOfMemory::LoadHistory},
-    NamedOperation{"DeleteOrder", &OutOfMemory::DeleteOrder});
+    NamedOperation{"DeleteOrder", &OutOfMemory::DeleteOrder},
+    NamedOperation{"ApplyImports", &OutOfMemory::ApplyImports, 53, 11});
 
 std::string NameOf(const testing::TestParamInfo<NamedOperation>& info) {
   return info.param.Name;
@@ -371,7 +399,7 @@ TEST_P(OutOfMemory, OfSomeAllocationsIsToldAndHarmsNothing) {
 INSTANTIATE_TEST_SUITE_P(Each, OutOfMemory, kOperations, NameOf);
 
 TEST_P(OutOfMemoryFull, OfEachAllocationIsToldAndHarmsNothing) {
-  FailEach((this->*GetParam().Make)(), 1, GetParam().ColdStride);
+  FailEach((this->*GetParam().Make)(), GetParam().WarmStride, GetParam().ColdStride);
 }
 INSTANTIATE_TEST_SUITE_P(Each, OutOfMemoryFull, kOperations, NameOf);
 
