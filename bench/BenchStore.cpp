@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "bench/LegacyTables.h"
 #include "bench/OrderProgram.h"
 #include "qm_ordering/qm_ordering.h"
 
@@ -25,6 +26,11 @@ void MakeLists(const std::string& zvFolder, std::int32_t lvLines) {
 void MakeHistory(const std::string& zvFolder, std::int32_t lvOrders) {
   MakeOrder(zvFolder, 0);
   FillHistory(zvFolder, lvOrders);
+}
+
+void MakeImport(const std::string& zvFolder, std::int32_t lvLines) {
+  MakeOrder(zvFolder, 0);
+  MakeLegacyTables(zvFolder + "/older", lvLines);
 }
 
 }  // namespace bench

@@ -15,6 +15,9 @@ void MakeLists(const std::string& zvFolder, std::int32_t lvLines);
 // The current order is empty, and that many orders were submitted.
 void MakeHistory(const std::string& zvFolder, std::int32_t lvOrders);
 
+// The current order is empty, and the folder "older" has the older program's tables with that many lines.
+void MakeImport(const std::string& zvFolder, std::int32_t lvLines);
+
 // These add to a store, all in one transaction.
 
 // Lines to the current order.
@@ -24,5 +27,7 @@ void FillLists(const std::string& zvFolder, std::int32_t lvLines);
 // Submitted orders that have a number, a date and a total; the other columns are empty, so that reading past
 // them, which costs all programs the same, hides nothing.
 void FillHistory(const std::string& zvFolder, std::int32_t lvOrders);
+// Removes all submitted orders.
+void EmptyHistory(const std::string& zvFolder);
 
 }  // namespace bench

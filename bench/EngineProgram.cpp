@@ -29,6 +29,7 @@ struct EngineDriver {
         throw std::runtime_error(sqlite3_errmsg(m_pDatabase));
       }
     }
+    std::int64_t LastKey() const { return sqlite3_last_insert_rowid(m_pDatabase); }
     sqlite3* Handle() const { return m_pDatabase; }
 
    private:
@@ -53,6 +54,7 @@ struct EngineDriver {
       sqlite3_bind_text(m_pStatement, lvPosition, zvValue.data(), static_cast<int>(zvValue.size()),
                         SQLITE_STATIC);
     }
+    void BindNull(int lvPosition) { sqlite3_bind_null(m_pStatement, lvPosition); }
     bool Step() {
       const int lResult = sqlite3_step(m_pStatement);
       if (lResult != SQLITE_ROW && lResult != SQLITE_DONE) {
@@ -130,6 +132,10 @@ void FillHistory(const std::string& zvFolder, std::int32_t lvOrders) {
     add.Run("PO-" + std::to_string(100'000 + i), i * i % 1'000'003 * 75, i);
   }
   database.Run("commit");
+}
+
+void EmptyHistory(const std::string& zvFolder) {
+  EngineDriver::Database(zvFolder + "/Orders.mdb").Run("delete from tblOrder where bIsCurrent = 0");
 }
 
 }  // namespace bench

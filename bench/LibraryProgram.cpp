@@ -160,6 +160,16 @@ class Library : public OrderProgram {
     return history.GetXML();
   }
 
+  std::size_t ImportHistory() override {
+    UseSettings();
+    OrderHistoryImporter importer;
+    const std::int32_t lOrders = importer.ApplyImports(m_zFolder + "/older");
+    if (LastFailure().Number != 0) {
+      throw std::runtime_error(LastFailure().Description);
+    }
+    return static_cast<std::size_t>(lOrders);
+  }
+
   void RemoveLine(const std::string& zvItemNumber) override { Order().RemoveItem(zvItemNumber); }
 
  private:

@@ -43,6 +43,9 @@ class OrderProgram {
   virtual std::size_t LoadHistory() = 0;
   // Reads them likewise, answers the document of the history, and lets go of them.
   virtual std::string ShowHistory() = 0;
+  // Imports the older program's tables, in the folder "older" of the store's, in one transaction. Answers how
+  // many orders.
+  virtual std::size_t ImportHistory() = 0;
   // Removes the line again; not part of what is measured.
   virtual void RemoveLine(const std::string& zvItemNumber) = 0;
 };

@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "bench/LegacyTables.h"
 #include "bench/OrderProgram.h"
 #include "bench/PlainHistory.h"
 #include "bench/PlainLists.h"
@@ -26,6 +27,7 @@ class Soci : public OrderProgram {
     SetUpConnection(pBackend->conn_);
     PrepareAll();
     PrepareListsAndHistory();
+    PrepareImport();
     m_oReadTotal->execute(true);
   }
 
@@ -138,6 +140,29 @@ class Soci : public OrderProgram {
     return history.Document();
   }
 
+  std::size_t ImportHistory() override {
+    LegacyReader reader(m_zFolder + "/older");
+    ItemMarker marker;
+    std::size_t lOrders = 0;
+    m_oBegin->execute(true);
+    bool bLine = reader.NextLine(m_oLegacyLine.Row);
+    while (reader.NextOrder(m_oLegacyOrder.Row)) {
+      MarkNulls(m_oLegacyOrder);
+      m_oInsertLegacyOrder->execute(true);
+      m_oSession.get_last_insert_id("tblOrder", m_lLegacyOrder);
+      for (; bLine && m_oLegacyLine.Row.Key == m_oLegacyOrder.Row.Key;
+           bLine = reader.NextLine(m_oLegacyLine.Row)) {
+        const bool bStored = m_oHasItem->execute(true);
+        m_zName = marker.Mark(m_oLegacyLine.Row.ItemNumber, bStored);
+        MarkNulls(m_oLegacyLine);
+        m_oInsertLegacyLine->execute(true);
+      }
+      ++lOrders;
+    }
+    m_oCommit->execute(true);
+    return lOrders;
+  }
+
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oLine.ItemNumber = zvItemNumber;
     m_oRemove->execute(true);
@@ -160,6 +185,22 @@ class Soci : public OrderProgram {
     std::vector<std::string> ItemNumbers;
     soci::statement Statement;
   };
+
+  // A row of the older program with what its statement is bound to.
+  struct Legacy {
+    explicit Legacy(LegacyRow row)
+        : Row(std::move(row)), Nulls(Row.Texts.size()), Numbers(Row.Numbers.size()) {}
+    LegacyRow Row;
+    std::vector<soci::indicator> Nulls;
+    std::vector<Integer> Numbers;
+  };
+
+  static void MarkNulls(Legacy& orLegacy) {
+    for (std::size_t i = 0; i < orLegacy.Nulls.size(); ++i) {
+      orLegacy.Nulls[i] = orLegacy.Row.Texts[i].empty() ? soci::i_null : soci::i_ok;
+    }
+    std::copy(orLegacy.Row.Numbers.begin(), orLegacy.Row.Numbers.end(), orLegacy.Numbers.begin());
+  }
 
   template <typename... Exchanged>
   Statement Prepare(const std::string& zvSQL, Exchanged&&... exchanged) {
@@ -223,6 +264,28 @@ class Soci : public OrderProgram {
                 into(m_oRead.UsuallyShips), into(m_lTaxable), into(m_oRead.CustomerPartNumber),
                 into(m_oRead.CustomerNotes), into(m_lHasPartsInfo));
     m_oReadHistory = Prepare(kReadHistory, into(m_zSubmitDate), into(m_zName), into(m_lPrice), into(m_lRead));
+  }
+
+  void PrepareImport() {
+    m_oHasItem = Prepare(kHasItem, use(m_oLegacyLine.Row.ItemNumber), into(m_lRead));
+    m_oInsertLegacyOrder = std::make_unique<soci::statement>(m_oSession);
+    m_oInsertLegacyLine = std::make_unique<soci::statement>(m_oSession);
+    m_oInsertLegacyLine->exchange(use(m_lLegacyOrder));
+    m_oInsertLegacyLine->exchange(use(m_zName));
+    BindLegacy(*m_oInsertLegacyOrder, m_oLegacyOrder, InsertLegacyOrder());
+    BindLegacy(*m_oInsertLegacyLine, m_oLegacyLine, InsertLegacyLine());
+  }
+
+  static void BindLegacy(soci::statement& statement, Legacy& orLegacy, const std::string& zvSQL) {
+    for (std::size_t i = 0; i < orLegacy.Nulls.size(); ++i) {
+      statement.exchange(use(orLegacy.Row.Texts[i], orLegacy.Nulls[i]));
+    }
+    for (Integer& lNumber : orLegacy.Numbers) {
+      statement.exchange(use(lNumber));
+    }
+    statement.alloc();
+    statement.prepare(zvSQL);
+    statement.define_and_bind();
   }
 
   void ReadHistory(PlainHistory& orHistory) {
@@ -309,7 +372,10 @@ class Soci : public OrderProgram {
           m_lImported = 0;
   Statement m_oBegin, m_oCommit, m_oCount, m_oInsert, m_oReadQuantity, m_oMerge, m_oChange, m_oSum,
       m_oWriteTotal, m_oReadTotal, m_oWriteHeader, m_oReadLines, m_oRemove, m_oReadLists, m_oReadListLines,
-      m_oReadHistory;
+      m_oReadHistory, m_oHasItem, m_oInsertLegacyOrder, m_oInsertLegacyLine;
+  Legacy m_oLegacyOrder{LegacyReader::EmptyOrder()};
+  Legacy m_oLegacyLine{LegacyReader::EmptyLine()};
+  Integer m_lLegacyOrder = 0;
   std::map<std::size_t, std::unique_ptr<Selection>> m_oLinesToChange;
   std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/LegacyTables.h"
 #include "bench/OrderProgram.h"
 #include "bench/PlainHistory.h"
 #include "bench/PlainLists.h"
@@ -138,6 +139,34 @@ class SqlProgram : public OrderProgram {
     return history.Document();
   }
 
+  std::size_t ImportHistory() override {
+    LegacyReader reader(m_zFolder + "/older");
+    LegacyRow order = LegacyReader::EmptyOrder();
+    LegacyRow line = LegacyReader::EmptyLine();
+    ItemMarker marker;
+    std::size_t lOrders = 0;
+    Run(m_oBegin);
+    bool bLine = reader.NextLine(line);
+    while (reader.NextOrder(order)) {
+      BindRow(m_oInsertLegacyOrder, 0, order);
+      Run(m_oInsertLegacyOrder);
+      const std::int64_t lOrderID = m_oDatabase.LastKey();
+      for (; bLine && line.Key == order.Key; bLine = reader.NextLine(line)) {
+        m_oHasItem.Bind(1, line.ItemNumber);
+        const bool bStored = m_oHasItem.Step();
+        m_oHasItem.Reset();
+        const std::string zStored = marker.Mark(line.ItemNumber, bStored);
+        m_oInsertLegacyLine.Bind(1, lOrderID);
+        m_oInsertLegacyLine.Bind(2, zStored);
+        BindRow(m_oInsertLegacyLine, 2, line);
+        Run(m_oInsertLegacyLine);
+      }
+      ++lOrders;
+    }
+    Run(m_oCommit);
+    return lOrders;
+  }
+
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oRemove.Bind(1, kOrder);
     m_oRemove.Bind(2, zvItemNumber);
@@ -160,6 +189,20 @@ class SqlProgram : public OrderProgram {
   static void Run(Statement& statement) {
     statement.Step();
     statement.Reset();
+  }
+
+  // Behind the first parameters.
+  static void BindRow(Statement& statement, int lvPosition, const LegacyRow& row) {
+    for (const std::string& zText : row.Texts) {
+      if (zText.empty()) {
+        statement.BindNull(++lvPosition);
+      } else {
+        statement.Bind(++lvPosition, zText);
+      }
+    }
+    for (const std::int64_t lNumber : row.Numbers) {
+      statement.Bind(++lvPosition, lNumber);
+    }
   }
 
   void Insert(const Line& line) {
@@ -326,6 +369,9 @@ class SqlProgram : public OrderProgram {
   Statement m_oReadLists{m_oDatabase, kReadLists};
   Statement m_oReadListLines{m_oDatabase, kReadListLines};
   Statement m_oReadHistory{m_oDatabase, kReadHistory};
+  Statement m_oInsertLegacyOrder{m_oDatabase, InsertLegacyOrder()};
+  Statement m_oInsertLegacyLine{m_oDatabase, InsertLegacyLine()};
+  Statement m_oHasItem{m_oDatabase, kHasItem};
   std::map<std::size_t, std::unique_ptr<Statement>> m_oLinesToChange;
   std::vector<Line> m_oEntered;
   PlainOrder m_oOrder;

@@ -13,6 +13,7 @@ struct SqliteCppDriver {
       SetUpConnection(getHandle());
     }
     void Run(const char* zvScript) { exec(zvScript); }
+    std::int64_t LastKey() const { return getLastInsertRowid(); }
   };
 
   class Statement {
@@ -21,6 +22,7 @@ struct SqliteCppDriver {
 
     void Bind(int lvPosition, std::int64_t lvValue) { m_oStatement.bind(lvPosition, lvValue); }
     void Bind(int lvPosition, const std::string& zvValue) { m_oStatement.bind(lvPosition, zvValue); }
+    void BindNull(int lvPosition) { m_oStatement.bind(lvPosition); }
     bool Step() { return m_oStatement.executeStep(); }
     std::int64_t Integer(int lvColumn) { return m_oStatement.getColumn(lvColumn).getInt64(); }
     std::string Text(int lvColumn) { return m_oStatement.getColumn(lvColumn).getString(); }

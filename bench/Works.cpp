@@ -36,7 +36,7 @@ const std::vector<Work>& Works() {
        false,
        [](std::int32_t lvLines) { return std::vector{MakeLine(lvLines + ++g_lRound)}; },
        [](OrderProgram& program) { program.AddLine(); },
-       [](OrderProgram& program, const std::vector<Line>& lines) {
+       [](OrderProgram& program, const std::vector<Line>& lines, const std::string&) {
          program.RemoveLine(lines.front().ItemNumber);
        }},
       {"merge into a line",
@@ -95,6 +95,14 @@ const std::vector<Work>& Works() {
        false,
        Nothing,
        [](OrderProgram& program) { program.ShowHistory(); }},
+      {"import an older history",
+       kImport,
+       {10'000, 100'000, 1'000'000},
+       5,
+       false,
+       Nothing,
+       [](OrderProgram& program) { program.ImportHistory(); },
+       [](OrderProgram&, const std::vector<Line>&, const std::string& zvFolder) { EmptyHistory(zvFolder); }},
   };
   return works;
 }

@@ -35,6 +35,7 @@ struct StoreKind {
 inline constexpr StoreKind kOrder{"lines", MakeOrder};
 inline constexpr StoreKind kLists{"lines of lists", MakeLists};
 inline constexpr StoreKind kHistory{"orders", MakeHistory};
+inline constexpr StoreKind kImport{"lines to import", MakeImport};
 
 struct Work {
   const char* Name;
@@ -46,9 +47,9 @@ struct Work {
   std::function<std::vector<Line>(std::int32_t)> Entered;
   // What is measured.
   std::function<void(OrderProgram&)> Measured;
-  // Takes it back.
-  std::function<void(OrderProgram&, const std::vector<Line>&)> After = [](OrderProgram&,
-                                                                          const std::vector<Line>&) {};
+  // Takes it back, in the program or in its store, whose folder it gets.
+  using TakeBack = void (*)(OrderProgram&, const std::vector<Line>&, const std::string& zvFolder);
+  TakeBack After = [](OrderProgram&, const std::vector<Line>&, const std::string&) {};
 };
 
 const std::vector<Work>& Works();

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "bench/BenchStore.h"
+#include "bench/LegacyTables.h"
 #include "bench/Works.h"
 #include "qm_ordering/foundation/UserSettingConstants.h"
 #include "qm_ordering/platform/ado/embedded/Engine.h"
@@ -69,6 +70,7 @@ std::string WorkOf(const Contestant& contestant, const std::string& zvFolder) {
   MakeOrder(zvFolder, kLines);
   FillLists(zvFolder, 250);
   FillHistory(zvFolder, 40);
+  MakeLegacyTables(zvFolder + "/older", 203);
   std::string zLeft;
   {
     contestant.Make(zvFolder)->SaveSummary("An earlier value");
@@ -96,6 +98,7 @@ std::string WorkOf(const Contestant& contestant, const std::string& zvFolder) {
     zLeft += ContentOf(zvFolder + "/PersonalLists.xml") + "\n";
     zLeft += std::to_string(oProgram->LoadHistory()) + " orders\n";
     zLeft += oProgram->ShowHistory() + "\n";
+    zLeft += std::to_string(oProgram->ImportHistory()) + " orders imported\n";
   }
   const std::string zFile = zvFolder + "/Orders.mdb";
   const engine::DatabaseHandle db = engine::OpenEngine(zFile, zFile, SQLITE_OPEN_READWRITE);

@@ -2,7 +2,12 @@
 //
 //   bench_rounds make FOLDER SIZE WORK
 //   bench_rounds run FOLDER SIZE WORK PROGRAM ROUNDS
+//   bench_rounds peak FOLDER SIZE WORK PROGRAM
+//
+// "run" takes each round back before the next one, and leaves the last. "peak" does one round and prints the
+// most memory that the process had.
 #include <cstring>
+#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -31,10 +36,27 @@ const Work& WorkOf(const std::string& zvName) {
   throw std::runtime_error("There is no work " + zvName + ".");
 }
 
+// "VmHWM:     1234 kB", as the system writes it.
+std::string PeakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string zLine; std::getline(status, zLine);) {
+    if (zLine.starts_with("VmHWM:")) {
+      return zLine;
+    }
+  }
+  throw std::runtime_error("The system does not say how much memory was used.");
+}
+
 int Run(const std::vector<std::string>& zvArguments) {
-  const bool bMake = zvArguments.size() == 4 && zvArguments[0] == "make";
-  if (!bMake && (zvArguments.size() != 6 || zvArguments[0] != "run")) {
-    std::cerr << "bench_rounds make FOLDER SIZE WORK | run FOLDER SIZE WORK PROGRAM ROUNDS\n";
+  const auto is = [&](const char* zvVerb, std::size_t lvArguments) {
+    return zvArguments.size() == lvArguments && zvArguments[0] == zvVerb;
+  };
+  const bool bMake = is("make", 4);
+  const bool bPeak = is("peak", 5);
+  if (!bMake && !bPeak && !is("run", 6)) {
+    std::cerr
+        << "bench_rounds make FOLDER SIZE WORK | run FOLDER SIZE WORK PROGRAM ROUNDS | peak FOLDER SIZE "
+           "WORK PROGRAM\n";
     return 2;
   }
   const std::int32_t lSize = std::stoi(zvArguments[2]);
@@ -47,11 +69,18 @@ int Run(const std::vector<std::string>& zvArguments) {
   if (work.IsOfOrderAlone) {
     oProgram->LoadLines();
   }
-  for (int i = 0; i < std::stoi(zvArguments[5]); ++i) {
-    const std::vector<Line> lines = work.Entered(lSize);
+  const int lRounds = bPeak ? 1 : std::stoi(zvArguments[5]);
+  std::vector<Line> lines;
+  for (int i = 0; i < lRounds; ++i) {
+    if (i > 0) {
+      work.After(*oProgram, lines, zvArguments[1]);
+    }
+    lines = work.Entered(lSize);
     oProgram->Enter(lines);
     work.Measured(*oProgram);
-    work.After(*oProgram, lines);
+  }
+  if (bPeak) {
+    std::cout << PeakMemory() << "\n";
   }
   return 0;
 }
