@@ -202,7 +202,7 @@ TEST(TableStatement, FindsNoColumnsInHalfAStatement) {
 
 TEST(TableSession, RefusesEverythingButQueries) {
   const auto session = ado::OpenSession(test::TableConnection(MadeTables()));
-  for (const Failure& refused : {test::FailureOf([&] { session->AddRow("EMPTY", "NAME", "x"); }),
+  for (const Failure& refused : {test::FailureOf([&] { session->OpenRows("EMPTY", {}); }),
                                  test::FailureOf([&] { session->ReadKeyset("SELECT * FROM EMPTY"); }),
                                  test::FailureOf([&] { session->WriteKeyset({}); }),
                                  test::FailureOf([&] { session->Begin(ado::TransactionKind::Read); }),

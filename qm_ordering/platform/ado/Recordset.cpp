@@ -1,5 +1,6 @@
 #include "qm_ordering/platform/ado/Recordset.h"
 
+#include <algorithm>
 #include <bit>
 #include <utility>
 
@@ -236,6 +237,15 @@ Field Recordset::Fields(std::size_t lvColumn) const {
     throw Failure(failure::kUnknownField, "The result set has no column " + std::to_string(lvColumn) + ".");
   }
   return {this, lvColumn};
+}
+
+std::int64_t TableRecordset::AddRow(std::span<const char* const> zvColumns,
+                                    std::span<const Variant> vvValues) {
+  if (m_oRows == nullptr || !std::ranges::equal(zvColumns, m_zColumns)) {
+    m_oRows = m_oSession.OpenRows(m_zTable, zvColumns);
+    m_zColumns.assign(zvColumns.begin(), zvColumns.end());
+  }
+  return m_oRows->Add(vvValues);
 }
 
 bool TableRecordset::Find(const std::string& zvCriterion) const {

@@ -65,9 +65,7 @@ class TableRecordset {
       : m_oSession(oSession), m_zTable(std::move(zvTable)) {}
 
   // Adds a row, a value for each of the columns, and answers its new key.
-  std::int64_t AddRow(std::span<const char* const> zvColumns, std::span<const Variant> vvValues) {
-    return m_oSession.AddRow(m_zTable, zvColumns, vvValues);
-  }
+  std::int64_t AddRow(std::span<const char* const> zvColumns, std::span<const Variant> vvValues);
 
   // Whether there is a row that meets the criterion "COLUMN = 'value'", as the store compares. What stands
   // between the first and the last quote is the value, as it is. Raises kBadCriterion for any other text.
@@ -76,6 +74,9 @@ class TableRecordset {
  private:
   Session& m_oSession;
   std::string m_zTable;
+  // Rows that follow each other mostly have the same columns.
+  std::vector<const char*> m_zColumns;
+  std::unique_ptr<RowAdder> m_oRows;
 };
 
 // Rows to be changed: read at once, changed in memory, sent together.

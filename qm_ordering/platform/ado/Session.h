@@ -44,6 +44,15 @@ struct Keyset {
   std::vector<Row> Rows;
 };
 
+// Adds rows to some columns of a table. Its session must be open when it is used.
+class RowAdder {
+ public:
+  virtual ~RowAdder() = default;
+  // Adds a row, a value for each of the columns, and answers its new key. The other columns have their
+  // defaults.
+  virtual std::int64_t Add(std::span<const Variant> vvValues) = 0;
+};
+
 enum class TransactionKind {
   Read,   // every read sees the same state
   Write,  // holds the store's write lock from the start, so that what is read stays true until the commit
@@ -60,10 +69,9 @@ class Session {
   // Runs one statement. Null when it is not a query.
   virtual std::unique_ptr<Cursor> Execute(const std::string& zvSQL) = 0;
 
-  // Adds a row to a table, a value for each of the columns, and answers its new key. The other columns have
-  // their defaults.
-  virtual std::int64_t AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
-                              std::span<const Variant> vvValues) = 0;
+  // What adds rows to these columns of a table.
+  virtual std::unique_ptr<RowAdder> OpenRows(const std::string& zvTable,
+                                             std::span<const char* const> zvColumns) = 0;
   // Whether a table has a row with that value in that column, as the store compares.
   virtual bool HasRow(const std::string& zvTable, const std::string& zvColumn, const Variant& vvValue) = 0;
 

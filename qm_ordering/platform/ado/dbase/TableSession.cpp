@@ -23,9 +23,7 @@ class TableSession : public Session {
 
   std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
 
-  std::int64_t AddRow(const std::string&, std::span<const char* const>, std::span<const Variant>) override {
-    Refuse();
-  }
+  std::unique_ptr<RowAdder> OpenRows(const std::string&, std::span<const char* const>) override { Refuse(); }
   bool HasRow(const std::string&, const std::string&, const Variant&) override { Refuse(); }
   Keyset ReadKeyset(const std::string&) override { Refuse(); }
   void WriteKeyset(const Keyset&) override { Refuse(); }

@@ -1,5 +1,6 @@
 #include "qm_ordering/platform/ado/embedded/EmbeddedSession.h"
 
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -67,8 +68,8 @@ class EmbeddedSession : public Session {
   ~EmbeddedSession() override;
 
   std::unique_ptr<Cursor> Execute(const std::string& zvSQL) override;
-  std::int64_t AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
-                      std::span<const Variant> vvValues) override;
+  std::unique_ptr<RowAdder> OpenRows(const std::string& zvTable,
+                                     std::span<const char* const> zvColumns) override;
   bool HasRow(const std::string& zvTable, const std::string& zvColumn, const Variant& vvValue) override;
   Keyset ReadKeyset(const std::string& zvSQL) override;
   void WriteKeyset(const Keyset& oKeyset) override;
@@ -86,6 +87,39 @@ class EmbeddedSession : public Session {
 
   std::unique_ptr<PooledSession> m_oSession;
   std::vector<EmbeddedCursor*> m_oCursors;
+};
+
+class EmbeddedRowAdder : public RowAdder {
+ public:
+  EmbeddedRowAdder(PooledSession& session, const std::string& zvTable, std::span<const char* const> zvColumns)
+      : m_oSession(session) {
+    std::string zPlaces;
+    m_oInsert.Text = "insert into " + zvTable + " (";
+    for (std::size_t i = 0; i < zvColumns.size(); ++i) {
+      m_oInsert.Text.append(i == 0 ? "" : ", ").append(zvColumns[i]);
+      zPlaces += i == 0 ? "?" : ", ?";
+      m_oKinds.push_back(session.Kinds()(zvColumns[i]));
+    }
+    m_oInsert.Text += ") values (" + zPlaces + ")";
+  }
+
+  std::int64_t Add(std::span<const Variant> vvValues) override {
+    std::unique_ptr<Prepared> statement = m_oSession.Prepare(m_oInsert);
+    for (std::size_t i = 0; i < m_oKinds.size(); ++i) {
+      m_oSession.Bind(*statement, static_cast<int>(i) + 1, ToParameter(vvValues[i], m_oKinds[i]));
+    }
+    const int lResult = sqlite3_step(statement->Handle.get());
+    if (lResult != SQLITE_DONE) {
+      throw m_oSession.Answer(lResult);
+    }
+    m_oSession.Keep(std::move(statement));
+    return sqlite3_last_insert_rowid(m_oSession.Database());
+  }
+
+ private:
+  PooledSession& m_oSession;
+  Translation m_oInsert;
+  std::vector<std::optional<ColumnKind>> m_oKinds;
 };
 
 class EmbeddedCursor : public Cursor {
@@ -185,24 +219,9 @@ std::unique_ptr<Cursor> EmbeddedSession::Execute(const std::string& zvSQL) {
   return nullptr;
 }
 
-std::int64_t EmbeddedSession::AddRow(const std::string& zvTable, std::span<const char* const> zvColumns,
-                                     std::span<const Variant> vvValues) {
-  Translation translation;
-  std::string zPlaces;
-  translation.Text = "insert into " + zvTable + " (";
-  for (std::size_t i = 0; i < zvColumns.size(); ++i) {
-    translation.Text.append(i == 0 ? "" : ", ").append(zvColumns[i]);
-    zPlaces += i == 0 ? "?" : ", ?";
-    translation.Parameters.push_back(ToParameter(vvValues[i], m_oSession->Kinds()(zvColumns[i])));
-  }
-  translation.Text += ") values (" + zPlaces + ")";
-  std::unique_ptr<Prepared> statement = Start(translation);
-  const int lResult = sqlite3_step(statement->Handle.get());
-  if (lResult != SQLITE_DONE) {
-    throw m_oSession->Answer(lResult);
-  }
-  m_oSession->Keep(std::move(statement));
-  return sqlite3_last_insert_rowid(m_oSession->Database());
+std::unique_ptr<RowAdder> EmbeddedSession::OpenRows(const std::string& zvTable,
+                                                    std::span<const char* const> zvColumns) {
+  return std::make_unique<EmbeddedRowAdder>(*m_oSession, zvTable, zvColumns);
 }
 
 bool EmbeddedSession::HasRow(const std::string& zvTable, const std::string& zvColumn,
