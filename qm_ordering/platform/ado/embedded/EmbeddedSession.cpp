@@ -104,9 +104,14 @@ class EmbeddedRowAdder : public RowAdder {
   }
 
   std::int64_t Add(std::span<const Variant> vvValues) override {
-    std::unique_ptr<Prepared> statement = m_oSession.Prepare(m_oInsert);
+    m_oInsert.Parameters.clear();
     for (std::size_t i = 0; i < m_oKinds.size(); ++i) {
-      m_oSession.Bind(*statement, static_cast<int>(i) + 1, ToParameter(vvValues[i], m_oKinds[i]));
+      m_oInsert.Parameters.push_back(ToParameter(vvValues[i], m_oKinds[i]));
+    }
+    std::unique_ptr<Prepared> statement = m_oSession.Prepare(m_oInsert);
+    int lPosition = 0;
+    for (const Parameter& parameter : m_oInsert.Parameters) {
+      m_oSession.BindInPlace(*statement, ++lPosition, parameter);
     }
     const int lResult = sqlite3_step(statement->Handle.get());
     if (lResult != SQLITE_DONE) {

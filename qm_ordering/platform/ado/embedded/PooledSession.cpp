@@ -379,13 +379,14 @@ std::unique_ptr<Prepared> PooledSession::Prepare(const Translation& translation)
   return statement;
 }
 
-void PooledSession::Bind(const Prepared& statement, int lvPosition, const Parameter& parameter) {
+void PooledSession::Bind(const Prepared& statement, int lvPosition, const Parameter& parameter,
+                         sqlite3_destructor_type copy) {
   int lResult = SQLITE_OK;
   if (const auto* pNumber = std::get_if<std::int64_t>(&parameter)) {
     lResult = sqlite3_bind_int64(statement.Handle.get(), lvPosition, *pNumber);
   } else if (const auto* pText = std::get_if<std::string>(&parameter)) {
-    lResult = sqlite3_bind_text64(statement.Handle.get(), lvPosition, pText->data(), pText->size(),
-                                  SQLITE_TRANSIENT, SQLITE_UTF8);
+    lResult = sqlite3_bind_text64(statement.Handle.get(), lvPosition, pText->data(), pText->size(), copy,
+                                  SQLITE_UTF8);
   } else {
     lResult = sqlite3_bind_null(statement.Handle.get(), lvPosition);
   }

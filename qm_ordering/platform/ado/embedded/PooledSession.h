@@ -56,8 +56,14 @@ class PooledSession {
 
   // A statement ready to be bound, from those kept or new. Raises what RequireMayBeUsed raises.
   std::unique_ptr<Prepared> Prepare(const Translation& translation);
-  // Gives its parameter at that position, from 1, the value.
-  void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter);
+  // Gives its parameter at that position, from 1, the value, of which the engine makes a copy.
+  void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter) {
+    Bind(statement, lvPosition, parameter, SQLITE_TRANSIENT);
+  }
+  // Likewise, without a copy: the parameter stays as it is until the statement is kept or ended.
+  void BindInPlace(const Prepared& statement, int lvPosition, const Parameter& parameter) {
+    Bind(statement, lvPosition, parameter, SQLITE_STATIC);
+  }
   // Takes a statement back.
   void Keep(std::unique_ptr<Prepared> statement) noexcept;
 
@@ -70,6 +76,9 @@ class PooledSession {
   void Rest() noexcept;
 
  private:
+  void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter,
+            sqlite3_destructor_type copy);
+
   struct HashName {
     using is_transparent = void;
     std::size_t operator()(std::string_view zvName) const noexcept;
