@@ -27,7 +27,5 @@ void FillLists(const std::string& zvFolder, std::int32_t lvLines);
 // Submitted orders that have a number, a date and a total; the other columns are empty, so that reading past
 // them, which costs all programs the same, hides nothing.
 void FillHistory(const std::string& zvFolder, std::int32_t lvOrders);
-// Removes all submitted orders.
-void EmptyHistory(const std::string& zvFolder);
 
 }  // namespace bench

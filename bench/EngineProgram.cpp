@@ -134,8 +134,4 @@ void FillHistory(const std::string& zvFolder, std::int32_t lvOrders) {
   database.Run("commit");
 }
 
-void EmptyHistory(const std::string& zvFolder) {
-  EngineDriver::Database(zvFolder + "/Orders.mdb").Run("delete from tblOrder where bIsCurrent = 0");
-}
-
 }  // namespace bench

@@ -170,6 +170,9 @@ class Library : public OrderProgram {
     return static_cast<std::size_t>(lOrders);
   }
 
+  // By the engine: the library removes one order at a time.
+  void EmptyHistory() override { EngineProgram(m_zFolder)->EmptyHistory(); }
+
   void RemoveLine(const std::string& zvItemNumber) override { Order().RemoveItem(zvItemNumber); }
 
  private:

@@ -46,6 +46,8 @@ class OrderProgram {
   // Imports the older program's tables, in the folder "older" of the store's, in one transaction. Answers how
   // many orders.
   virtual std::size_t ImportHistory() = 0;
+  // Removes all submitted orders; not part of what is measured.
+  virtual void EmptyHistory() = 0;
   // Removes the line again; not part of what is measured.
   virtual void RemoveLine(const std::string& zvItemNumber) = 0;
 };

@@ -153,10 +153,6 @@ class Soci : public OrderProgram {
       for (; bLine && m_oLegacyLine.Row.Key == m_oLegacyOrder.Row.Key;
            bLine = reader.NextLine(m_oLegacyLine.Row)) {
         const bool bStored = m_oHasItem->execute(true);
-        if (bStored) {
-          // To its end: a statement that stands on a row keeps the store from being written.
-          m_oHasItem->fetch();
-        }
         m_zName = marker.Mark(m_oLegacyLine.Row.ItemNumber, bStored);
         MarkNulls(m_oLegacyLine);
         m_oInsertLegacyLine->execute(true);
@@ -166,6 +162,8 @@ class Soci : public OrderProgram {
     m_oCommit->execute(true);
     return lOrders;
   }
+
+  void EmptyHistory() override { m_oSession << kRemoveHistory; }
 
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oLine.ItemNumber = zvItemNumber;

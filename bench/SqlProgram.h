@@ -167,6 +167,8 @@ class SqlProgram : public OrderProgram {
     return lOrders;
   }
 
+  void EmptyHistory() override { m_oDatabase.Run(kRemoveHistory); }
+
   void RemoveLine(const std::string& zvItemNumber) override {
     m_oRemove.Bind(1, kOrder);
     m_oRemove.Bind(2, zvItemNumber);

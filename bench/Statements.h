@@ -40,6 +40,7 @@ inline constexpr const char* kReadListLines = "select * from tblPersonalListItem
 inline constexpr const char* kReadHistory =
     "select datSubmitDate, zPurchaseOrderNumber, cTotalPrice, lOrderID from tblOrder where bIsCurrent = 0 "
     "order by zPurchaseOrderNumber, datSubmitDate";
+inline constexpr const char* kRemoveHistory = "delete from tblOrder where bIsCurrent = 0";
 inline constexpr const char* kRemoveLine =
     "delete from tblOrderItem where lOrderID = :order and zItemNumber = :item";
 

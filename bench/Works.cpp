@@ -36,7 +36,7 @@ const std::vector<Work>& Works() {
        false,
        [](std::int32_t lvLines) { return std::vector{MakeLine(lvLines + ++g_lRound)}; },
        [](OrderProgram& program) { program.AddLine(); },
-       [](OrderProgram& program, const std::vector<Line>& lines, const std::string&) {
+       [](OrderProgram& program, const std::vector<Line>& lines) {
          program.RemoveLine(lines.front().ItemNumber);
        }},
       {"merge into a line",
@@ -102,7 +102,7 @@ const std::vector<Work>& Works() {
        false,
        Nothing,
        [](OrderProgram& program) { program.ImportHistory(); },
-       [](OrderProgram&, const std::vector<Line>&, const std::string& zvFolder) { EmptyHistory(zvFolder); }},
+       [](OrderProgram& program, const std::vector<Line>&) { program.EmptyHistory(); }},
   };
   return works;
 }

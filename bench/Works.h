@@ -47,9 +47,9 @@ struct Work {
   std::function<std::vector<Line>(std::int32_t)> Entered;
   // What is measured.
   std::function<void(OrderProgram&)> Measured;
-  // Takes it back, in the program or in its store, whose folder it gets.
-  using TakeBack = void (*)(OrderProgram&, const std::vector<Line>&, const std::string& zvFolder);
-  TakeBack After = [](OrderProgram&, const std::vector<Line>&, const std::string&) {};
+  // Takes it back.
+  std::function<void(OrderProgram&, const std::vector<Line>&)> After = [](OrderProgram&,
+                                                                          const std::vector<Line>&) {};
 };
 
 const std::vector<Work>& Works();

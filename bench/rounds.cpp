@@ -73,7 +73,7 @@ int Run(const std::vector<std::string>& zvArguments) {
   std::vector<Line> lines;
   for (int i = 0; i < lRounds; ++i) {
     if (i > 0) {
-      work.After(*oProgram, lines, zvArguments[1]);
+      work.After(*oProgram, lines);
     }
     lines = work.Entered(lSize);
     oProgram->Enter(lines);

@@ -72,8 +72,7 @@ constexpr std::int32_t kLarge = 100'000;
 constexpr int kRepetitionsOfLarge = 3;
 
 // The mean time of some rounds of the work.
-double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvSize, int lvRounds,
-                 const std::string& zvFolder) {
+double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvSize, int lvRounds) {
   double dSeconds = 0;
   // The first warms the caches, whatever ran before; what takes seconds does not depend on them.
   for (int i = lvSize > kLarge ? 1 : 0; i <= lvRounds; ++i) {
@@ -83,7 +82,7 @@ double SecondsOf(OrderProgram& program, const Work& work, std::int32_t lvSize, i
     work.Measured(program);
     const std::chrono::duration<double> passed = Clock::now() - start;
     dSeconds += i == 0 ? 0 : passed.count();
-    work.After(program, lines, zvFolder);
+    work.After(program, lines);
   }
   return dSeconds / lvRounds;
 }
@@ -101,8 +100,8 @@ void Measure(benchmark::State& state, Ground& ground, const Work& work, std::int
     for (std::size_t i = 0; i < std::size(kContestants); ++i) {
       const Contestant& contestant = kContestants[(lFirst + i) % std::size(kContestants)];
       if (!work.IsOfOrderAlone || !contestant.IsLikeHandWritten) {
-        state.counters[contestant.Name] = SecondsOf(ground.Program(contestant, work.On, lvSize), work, lvSize,
-                                                    lRounds, ground.Store(contestant, work.On, lvSize));
+        state.counters[contestant.Name] =
+            SecondsOf(ground.Program(contestant, work.On, lvSize), work, lvSize, lRounds);
       }
     }
     state.SetIterationTime(state.counters[kContestants[0].Name]);
