@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -500,6 +501,22 @@ TEST_F(OutOfMemoryOfValues, IsTheOneFailureOfWhatTheyDo) {
   EXPECT_EQ(items.Item(vKey), oMember);
   EXPECT_EQ(items.Item(zOther), nullptr);
   EXPECT_EQ(item.GetXML().substr(0, 11), "<orderitem ");
+}
+
+// What only copies a text lets the exception of the standard library pass.
+TEST_F(OutOfMemoryOfValues, EndsTheCopyOfAVariant) {
+  const qm_ordering::Variant vText("a text that is longer than what a string holds in itself");
+  bool bEnded = false;
+  {
+    const FailingAllocation failing(1, Extent::FromThenOn);
+    try {
+      const qm_ordering::Variant vCopy(vText);
+    } catch (const std::bad_alloc&) {
+      bEnded = true;
+    }
+  }
+  EXPECT_TRUE(bEnded);
+  EXPECT_EQ(qm_ordering::Variant(vText), vText);
 }
 
 }  // namespace

@@ -28,6 +28,13 @@ class QM_ORDERING_API Variant {
  public:
   // Empty.
   Variant() = default;
+  // By an assignment, since memory may end in it: what the standard library (libstdc++ 12) takes back of a
+  // copy that failed before it was there is undefined.
+  Variant(const Variant& other) : Variant() { m_vValue = other.m_vValue; }
+  Variant(Variant&&) noexcept = default;
+  Variant& operator=(const Variant&) = default;
+  Variant& operator=(Variant&&) noexcept = default;
+  ~Variant() = default;
   // An optional argument that was not given.
   static Variant Missing() { return Variant(MissingTag{}); }
   // The store's "no value".
