@@ -46,8 +46,9 @@ class QM_ORDERING_API OrderHistoryImporter : public LibraryObject {
   // holds the store's lock while it runs. An item number that the store has already, in any order and letter
   // case, is stored with a marker behind it: " DUP ", and for the next ones in a row " DUP (2)", " DUP (3)".
   // With bvWriteLog a file Order_History_Import_Log.txt with both texts is written into the folder of the
-  // setting "LogPath"; when that fails the import stands, and LastFailure has the reason. Raises 7 where
-  // memory ends, and what the callback raises.
+  // setting "LogPath", in the place of an older one; a file .lock beside it keeps two writers apart and
+  // stays. When that fails the import stands, and LastFailure has the reason. Raises 7 where memory ends, and
+  // what the callback raises.
   std::int32_t ApplyImports(const std::string& zvUserDataPath, bool bvWriteLog = false);
 
   // The outcome of the last run; empty before the first.

@@ -243,7 +243,7 @@ class Faults : public testing::Test {
       std::erase_if(files, [](const std::string& zvFile) {
         return zvFile.starts_with("new") || zvFile.starts_with("legacy") ||
                zvFile.starts_with("Orders.mdb.replaced-") || zvFile == "Orders.mdb.schema1" ||
-               zvFile == "Order_History_Import_Log.txt";
+               zvFile == "Order_History_Import_Log.txt" || zvFile == "Order_History_Import_Log.txt.lock";
       });
       EXPECT_EQ((std::vector<std::string>{"Orders.mdb", "PersonalLists.xml", "PersonalLists.xml.lock",
                                           "backup.mdb", "settings.ini", "settings.ini.lock"}),
