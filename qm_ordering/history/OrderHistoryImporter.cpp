@@ -81,7 +81,7 @@ class OrderWriter {
   // Answers the item number under which the line is stored.
   std::string AddLine(const LegacyOrders& legacy) {
     const std::string zItemNumber = legacy.ItemNumber();
-    const std::string zStored = m_oMarker.Mark(zItemNumber, m_oItems.Find(ItemCriterion(zItemNumber)));
+    std::string zStored = m_oMarker.Mark(zItemNumber, m_oItems.Find(ItemCriterion(zItemNumber)));
     std::vector<Variant> values = {m_lOrderID, zStored, true};
     for (Variant& vValue : legacy.LineValues()) {
       values.push_back(std::move(vValue));
