@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "qm_ordering/foundation/Errors.h"
+#include "qm_ordering/foundation/KeptLastFailure.h"
 #include "qm_ordering/platform/PerThread.h"
 
 namespace qm_ordering {
@@ -35,6 +36,20 @@ LastFailureInfo LastFailure() {
 void ClearLastFailure() noexcept {
   if (Remembered* pRemembered = PerThread<Remembered>::Get()) {
     pRemembered->Caught.reset();
+  }
+}
+
+KeptLastFailure::KeptLastFailure() {
+  if (const Remembered* pRemembered = PerThread<Remembered>::Get()) {
+    m_oCaught = pRemembered->Caught;
+    m_zOperation = pRemembered->Operation;
+  }
+}
+
+void KeptLastFailure::PutBack() const noexcept {
+  if (Remembered* pRemembered = PerThread<Remembered>::Get()) {
+    pRemembered->Caught = m_oCaught;
+    pRemembered->Operation = m_zOperation;
   }
 }
 

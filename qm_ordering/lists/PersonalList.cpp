@@ -2,6 +2,7 @@
 
 #include "qm_ordering/foundation/Errors.h"
 #include "qm_ordering/foundation/ErrorsOrdering.h"
+#include "qm_ordering/foundation/KeptLastFailure.h"
 #include "qm_ordering/order/ItemFields.h"
 #include "qm_ordering/order/RequireObject.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
@@ -49,6 +50,7 @@ void PersonalList::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const 
     OrderItem& item = *RequireObject(ovOrderItem, "the item to be added");
     item.OrderID(m_lListID);
     if (!AddToStoredLine(item)) {
+      const KeptLastFailure before;
       Store().PersonalList_AddItem(
           item.OrderID(), item.ItemNumber(), item.Quantity(), item.Description(), item.ShortDescription(),
           item.Manufacturer(), item.Model(), item.SellQuantity(), item.ShipQuantity(), item.UsuallyShips(),
@@ -56,7 +58,9 @@ void PersonalList::AddItem(const std::shared_ptr<OrderItem>& ovOrderItem, const 
       const ErrorInfo stored = Store().Error();
       // The store refuses a line that another program has added meanwhile.
       const bool bRefused = stored.Number == ErrorTableEntry(OrderingError::errOrderNotLoaded).Number;
-      if (!bRefused || !AddToStoredLine(item)) {
+      if (bRefused && AddToStoredLine(item)) {
+        before.PutBack();
+      } else {
         m_oError = stored;
       }
     }

@@ -303,8 +303,10 @@ TEST_F(PersonalListTest, CountsWithALineThatAnotherProgramAddsInBetween) {
   };
   trace.Before = addInBetween;
   const auto oItem = NewItem("A-1", 2);
+  qm_ordering::ClearLastFailure();
   List.AddItem(oItem, 5);
   EXPECT_EQ("0 ", Recorded(List));
+  EXPECT_EQ(0, qm_ordering::LastFailure().Number) << "what was made good is no failure";
   EXPECT_EQ(oItem, List.OrderItems()->Item(1));
   EXPECT_EQ((Rows{{"5", "a-1", "7", "NULL"}}), Lines());
 

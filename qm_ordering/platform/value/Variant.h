@@ -32,8 +32,8 @@ class QM_ORDERING_API Variant {
   // copy that failed before it was there is undefined.
   Variant(const Variant& other) : Variant() { m_vValue = other.m_vValue; }
   Variant(Variant&&) noexcept = default;
-  Variant& operator=(const Variant&) = default;
-  Variant& operator=(Variant&&) noexcept = default;
+  Variant& operator=(const Variant&) = default;      //!< A copy.
+  Variant& operator=(Variant&&) noexcept = default;  //!< The other's value.
   ~Variant() = default;
   // An optional argument that was not given.
   static Variant Missing() { return Variant(MissingTag{}); }
