@@ -222,7 +222,6 @@ int OrderItemsOf(Context& context, const OrderOptions& options) {
 }
 
 int FromOrder(Context& context, const CreateOptions& options) {
-  NoteWhenNoStoreIsSet(context);
   const std::int32_t lListID = KeepOrderAsList(context, options.Name, options.Replace);
   PersonalList list;
   list.LoadItems(lListID);
@@ -235,10 +234,11 @@ int FromOrder(Context& context, const CreateOptions& options) {
 
 // Fills the list and gives it its name; what it replaces goes at the very end.
 void FinishList(PersonalLists& lists, std::int32_t lvListID, const OrderItems& lines,
-                const std::string& zvName) {
+                const std::string& zvName, bool& orWhole) {
   for (const auto& oLine : lines) {
     AddToList(lvListID, oLine);
   }
+  orWhole = true;
   if (const auto oReplaced = FindListByName(lists, zvName)) {
     lists.RemoveList(oReplaced->ListID());
     CheckSwallowed();
@@ -288,11 +288,12 @@ std::int32_t KeepOrderAsList(Context& context, const std::string& zvName, bool b
   }
   const std::int32_t lListID = lists->CreateList(zUnfinished);
   CheckSwallowed();
+  bool bWhole = false;
   try {
-    FinishList(*lists, lListID, *oLines, zvName);
+    FinishList(*lists, lListID, *oLines, zvName, bWhole);
   } catch (...) {
-    if (bvReplace && !lists->ListExists(zvName)) {
-      context.Out.Warning("The list is whole, under the name " + zUnfinished + ".");
+    if (bWhole) {
+      context.Out.Warning("The list is whole, but still under the name " + zUnfinished + ".");
     } else {
       lists->RemoveList(lListID);
     }

@@ -273,9 +273,13 @@ TEST_F(ListCommands, FromOrderReplacesAListOnlyWhenAskedToAndByAWholeOne) {
       "begin select raise(abort, 'not this one'); end");
   EXPECT_EQ(1, Run({"lists", "from-order", "Attic", "--replace"}).ExitCode);
   EXPECT_EQ(Json::parse(R"([{"ListID": 1, "Name": "Attic", "Items": 1}])"), Lists());
+  const HostRun other = Run({"lists", "from-order", "Cellar", "--replace"});
+  EXPECT_EQ(1, other.ExitCode);
+  EXPECT_EQ(std::string::npos, other.Err.find("whole")) << other.Err;
+  EXPECT_EQ(1U, Lists().size());
   Store().Run("drop trigger refuse");
   ASSERT_EQ(0, Run({"lists", "from-order", "ATTIC", "--replace"}).ExitCode);
-  EXPECT_EQ(Json::parse(R"([{"ListID": 3, "Name": "ATTIC", "Items": 2}])"), Lists());
+  EXPECT_EQ(Json::parse(R"([{"ListID": 4, "Name": "ATTIC", "Items": 2}])"), Lists());
 }
 
 TEST_F(ListCommands, FromOrderTakesNoListForItsOwnThatAKilledOneLeft) {
