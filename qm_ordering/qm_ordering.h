@@ -21,12 +21,14 @@
 #include "qm_ordering/platform/ado/StatementTrace.h"
 #include "qm_ordering/platform/settings/FileSettings.h"
 #include "qm_ordering/platform/settings/Settings.h"
+#include "qm_ordering/platform/value/ClassInfo.h"
 #include "qm_ordering/platform/value/Currency.h"
 #include "qm_ordering/platform/value/Date.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/Object.h"
 #include "qm_ordering/platform/value/Variant.h"
 #include "qm_ordering/registry/CreateObject.h"
+#include "qm_ordering/registry/LateBinding.h"
 #include "qm_ordering/store/OrderStore.h"
 
 // Everything that a host uses.

@@ -29,7 +29,12 @@ class QM_ORDERING_API OrderHistory : public LibraryObject {
   OrderHistory();
   ~OrderHistory() override;
 
-  const char* ClassName() const noexcept override { return "OrderHistory"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderHistory";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // Adds the submitted orders, all ascending: 0 by purchase-order number, then date; 1 by purchase-order
   // number; 2 by date; 3 by total. Raises 9 for any other code before the store is read, 457 for the first

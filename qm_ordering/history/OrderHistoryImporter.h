@@ -39,7 +39,12 @@ struct QM_ORDERING_API ImportPreview {
 // a blank one is no date.
 class QM_ORDERING_API OrderHistoryImporter : public LibraryObject {
  public:
-  const char* ClassName() const noexcept override { return "OrderHistoryImporter"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderHistoryImporter";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // Imports all purchase orders of the folder and answers how many; 0 when there are none, and on a failure,
   // for which LastFailure has the reason. A failed or cancelled import changes nothing in the store, and

@@ -22,7 +22,12 @@ class QM_ORDERING_API PreviousOrder : public LibraryObject {
   // Without an order: OrderID is -1.
   PreviousOrder() = default;
 
-  const char* ClassName() const noexcept override { return "PreviousOrder"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "PreviousOrder";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // The order's id in the store; -1: not set. Setting it sets that of OrderDetails first. Raises 91 while
   // OrderDetails is null.

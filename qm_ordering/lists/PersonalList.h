@@ -28,7 +28,12 @@ class QM_ORDERING_API PersonalList : public LibraryObject {
   PersonalList();
   ~PersonalList() override;
 
-  const char* ClassName() const noexcept override { return "PersonalList"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "PersonalList";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // The list's name, in memory: PersonalLists.RenameList changes the stored one.
   const std::string& Name() const { return m_zName; }

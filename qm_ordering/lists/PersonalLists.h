@@ -32,7 +32,12 @@ class QM_ORDERING_API PersonalLists : public LibraryObject {
   PersonalLists();
   ~PersonalLists() override;
 
-  const char* ClassName() const noexcept override { return "PersonalLists"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "PersonalLists";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // The stored name of a list; empty when there is none, and on a failure.
   std::string GetName(std::int32_t lvListID);

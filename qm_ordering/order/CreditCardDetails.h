@@ -12,7 +12,12 @@ namespace qm_ordering {
 // them. Texts are UTF-8.
 class QM_ORDERING_API CreditCardDetails : public LibraryObject {
  public:
-  const char* ClassName() const noexcept override { return "CreditCardDetails"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "CreditCardDetails";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // kind of card, free text
   const std::string& CardType() const { return m_zCardType; }

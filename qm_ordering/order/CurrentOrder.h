@@ -20,7 +20,12 @@ class QM_ORDERING_API CurrentOrder : public LibraryObject {
  public:
   CurrentOrder();
 
-  const char* ClassName() const noexcept override { return "CurrentOrder"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "CurrentOrder";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // The record of the last member that copies it; number 0 for no error.
   ErrorInfo Error() const { return m_oError; }

@@ -11,7 +11,12 @@ namespace qm_ordering {
 // object: setters store what they are given, any integer included. Texts are UTF-8.
 class QM_ORDERING_API DeliveryInformation : public LibraryObject {
  public:
-  const char* ClassName() const noexcept override { return "DeliveryInformation"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "DeliveryInformation";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // 0: collected at a branch (the four Call fields apply); any other value: delivered to the address
   std::int32_t DeliveryMethod() const { return m_lDeliveryMethod; }

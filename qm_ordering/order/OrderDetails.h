@@ -38,7 +38,12 @@ class QM_ORDERING_API OrderDetails : public LibraryObject {
   OrderDetails();
   ~OrderDetails() override;
 
-  const char* ClassName() const noexcept override { return "OrderDetails"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderDetails";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // -1: no order is loaded. Setting it chooses the order that LoadSummary and LoadItems read.
   std::int32_t OrderID() const { return m_lOrderID; }

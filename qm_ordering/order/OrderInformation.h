@@ -10,7 +10,12 @@ namespace qm_ordering {
 // store what they are given. Texts are UTF-8. The purchase-order number itself belongs to OrderDetails.
 class QM_ORDERING_API OrderInformation : public LibraryObject {
  public:
-  const char* ClassName() const noexcept override { return "OrderInformation"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderInformation";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // release number of a blanket purchase order
   const std::string& PORelease() const { return m_zPORelease; }

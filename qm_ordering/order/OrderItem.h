@@ -14,7 +14,12 @@ namespace qm_ordering {
 // trimming, checking or touching another field. Texts are UTF-8.
 class QM_ORDERING_API OrderItem : public LibraryObject {
  public:
-  const char* ClassName() const noexcept override { return "OrderItem"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderItem";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // the order (or the personal list) that owns the line
   std::int32_t OrderID() const { return m_lOrderID; }

@@ -25,7 +25,12 @@ class QM_ORDERING_API OrderItems : public LibraryObject {
   // What NewEnum answers.
   using Enumerator = MemberEnumerator<OrderItem>;
 
-  const char* ClassName() const noexcept override { return "OrderItems"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "OrderItems";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // Appends the item under the key as given, which need not be the item's own number. Raises 457 when the key
   // is there already and 91 for a null item; the collection is then unchanged.

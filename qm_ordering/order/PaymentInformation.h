@@ -14,7 +14,12 @@ class QM_ORDERING_API PaymentInformation : public LibraryObject {
  public:
   PaymentInformation();
 
-  const char* ClassName() const noexcept override { return "PaymentInformation"; }
+  // The class's name for who makes or uses objects by name.
+  static constexpr const char* kClassName = "PaymentInformation";
+  const char* ClassName() const noexcept override { return kClassName; }
+  // What Members answers, without an object.
+  static const ClassInfo& ClassMembers();
+  const ClassInfo& Members() const override { return ClassMembers(); }
 
   // 0: on account with the vendor; any other value: by card
   std::int32_t Method() const { return m_lMethod; }

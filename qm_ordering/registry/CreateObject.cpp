@@ -3,6 +3,10 @@
 #include <array>
 #include <string_view>
 
+#include "qm_ordering/foundation/members/Enumeration.h"
+#include "qm_ordering/foundation/members/Record.h"
+#include "qm_ordering/foundation/members/Texts.h"
+#include "qm_ordering/history/ImportPreviewRecord.h"
 #include "qm_ordering/history/OrderHistory.h"
 #include "qm_ordering/history/OrderHistoryImporter.h"
 #include "qm_ordering/history/PreviousOrder.h"
@@ -32,38 +36,85 @@ std::shared_ptr<Object> Make() {
 struct PublicClass {
   const char* Name;
   std::shared_ptr<Object> (*Make)();
+  const ClassInfo& (*Members)();
 };
 
-constexpr std::array<PublicClass, 13> kClasses = {{
-    {"CreditCardDetails", Make<CreditCardDetails>},
-    {"CurrentOrder", Make<CurrentOrder>},
-    {"DeliveryInformation", Make<DeliveryInformation>},
-    {"OrderDetails", Make<OrderDetails>},
-    {"OrderHistory", Make<OrderHistory>},
-    {"OrderHistoryImporter", Make<OrderHistoryImporter>},
-    {"OrderInformation", Make<OrderInformation>},
-    {"OrderItem", Make<OrderItem>},
-    {"OrderItems", Make<OrderItems>},
-    {"PaymentInformation", Make<PaymentInformation>},
-    {"PersonalList", Make<PersonalList>},
-    {"PersonalLists", Make<PersonalLists>},
-    {"PreviousOrder", Make<PreviousOrder>},
-}};
+template <typename T>
+constexpr PublicClass Class() {
+  return {T::kClassName, Make<T>, T::ClassMembers};
+}
+
+constexpr std::array kClasses = {
+    Class<CreditCardDetails>(),  Class<CurrentOrder>(), Class<DeliveryInformation>(),
+    Class<OrderDetails>(),       Class<OrderHistory>(), Class<OrderHistoryImporter>(),
+    Class<OrderInformation>(),   Class<OrderItem>(),    Class<OrderItems>(),
+    Class<PaymentInformation>(), Class<PersonalList>(), Class<PersonalLists>(),
+    Class<PreviousOrder>(),
+};
+
+// Those of objects that only the library makes.
+constexpr std::array kAnsweredClasses = {Enumeration::ClassMembers, Record<ErrorInfo>::ClassMembers,
+                                         Record<ImportPreview>::ClassMembers, Texts::ClassMembers};
+
+std::string_view WithoutPrefix(std::string_view zvClassName) {
+  constexpr std::string_view kPrefix = "QM_Ordering.";
+  if (text::CompareFolded(zvClassName.substr(0, kPrefix.size()), kPrefix) == 0) {
+    zvClassName.remove_prefix(kPrefix.size());
+  }
+  return zvClassName;
+}
+
+[[noreturn]] void RaiseUnknown(const std::string& zvClassName) {
+  throw Failure(failure::kCannotCreateObject, "The library has no class \"" + zvClassName + "\".");
+}
 
 }  // namespace
 
 std::shared_ptr<Object> CreateObject(const std::string& zvClassName) {
-  constexpr std::string_view kPrefix = "QM_Ordering.";
-  std::string_view zName = zvClassName;
-  if (text::CompareFolded(zName.substr(0, kPrefix.size()), kPrefix) == 0) {
-    zName.remove_prefix(kPrefix.size());
-  }
+  const std::string_view zName = WithoutPrefix(zvClassName);
   for (const PublicClass& publicClass : kClasses) {
     if (text::CompareFolded(zName, publicClass.Name) == 0) {
       return OrOutOfMemory(publicClass.Make);
     }
   }
-  throw Failure(failure::kCannotCreateObject, "The library has no class \"" + zvClassName + "\".");
+  RaiseUnknown(zvClassName);
+}
+
+std::vector<std::string> ClassNames() {
+  return OrOutOfMemory([] {
+    std::vector<std::string> zNames;
+    for (const PublicClass& publicClass : kClasses) {
+      zNames.emplace_back(publicClass.Name);
+    }
+    return zNames;
+  });
+}
+
+std::vector<std::string> AnsweredClassNames() {
+  return OrOutOfMemory([] {
+    std::vector<std::string> zNames;
+    for (const auto members : kAnsweredClasses) {
+      zNames.emplace_back(members().Name);
+    }
+    return zNames;
+  });
+}
+
+const ClassInfo& DescribeClass(const std::string& zvClassName) {
+  return OrOutOfMemory([&]() -> const ClassInfo& {
+    const std::string_view zName = WithoutPrefix(zvClassName);
+    for (const PublicClass& publicClass : kClasses) {
+      if (text::CompareFolded(zName, publicClass.Name) == 0) {
+        return publicClass.Members();
+      }
+    }
+    for (const auto members : kAnsweredClasses) {
+      if (text::CompareFolded(zName, members().Name) == 0) {
+        return members();
+      }
+    }
+    RaiseUnknown(zvClassName);
+  });
 }
 
 }  // namespace qm_ordering

@@ -20,10 +20,6 @@ namespace {
 
 }  // namespace
 
-bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept {
-  return std::ranges::equal(zvLeft, zvRight, {}, LowerLetter, LowerLetter);
-}
-
 ConnectionString::ConnectionString(std::string_view zvText) {
   std::string_view zRest = zvText;
   while (!zRest.empty()) {

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "qm_ordering/platform/text/Names.h"
+
 namespace qm_ordering::ado {
 
 // The parts KEY=VALUE of a connection string, in its order. A value may stand in braces, with "}}" for a
@@ -24,11 +26,7 @@ class ConnectionString {
   std::vector<std::pair<std::string, std::string>> m_oParts;
 };
 
-constexpr char LowerLetter(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-// Whether two texts are the same but for the case of the letters A to Z: the rule for keys and column names.
-bool SameName(std::string_view zvLeft, std::string_view zvRight) noexcept;
+using text::LowerLetter;
+using text::SameName;
 
 }  // namespace qm_ordering::ado

@@ -99,18 +99,6 @@ PooledSession::Enlisted::~Enlisted() {
   *pLink = m_pNext;
 }
 
-std::size_t PooledSession::HashName::operator()(std::string_view zvName) const noexcept {
-  std::size_t lHash = 1469598103934665603U;
-  for (const char c : zvName) {
-    lHash = (lHash ^ static_cast<unsigned char>(LowerLetter(c))) * 1099511628211U;
-  }
-  return lHash;
-}
-
-bool PooledSession::EqualName::operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept {
-  return SameName(zvLeft, zvRight);
-}
-
 PooledSession::PooledSession(const std::string& zvPath, Use use, const std::string& zvName)
     : m_zPath(zvPath),
       m_zName(zvName),

@@ -15,6 +15,7 @@
 #include "qm_ordering/platform/ado/embedded/Engine.h"
 #include "qm_ordering/platform/ado/embedded/Prepared.h"
 #include "qm_ordering/platform/ado/embedded/Translator.h"
+#include "qm_ordering/platform/text/Names.h"
 
 namespace qm_ordering::ado::embedded {
 
@@ -79,14 +80,6 @@ class PooledSession {
   void Bind(const Prepared& statement, int lvPosition, const Parameter& parameter,
             sqlite3_destructor_type copy);
 
-  struct HashName {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view zvName) const noexcept;
-  };
-  struct EqualName {
-    using is_transparent = void;
-    bool operator()(std::string_view zvLeft, std::string_view zvRight) const noexcept;
-  };
   using StatementList = std::list<std::unique_ptr<Prepared>>;
 
   // Among what this process has open for as long as it lives, also when the constructor fails.
@@ -138,7 +131,7 @@ class PooledSession {
   sqlite3_int64 m_lChangesLooked = 0;  // what had been written when the file was last looked at
   int m_lLogPages = 0;
   int m_lCheckpointAt;
-  std::unordered_map<std::string, ColumnKind, HashName, EqualName> m_oColumnKinds;
+  std::unordered_map<std::string, ColumnKind, text::HashName, text::EqualName> m_oColumnKinds;
   ColumnKinds m_oKinds;
   StatementList m_oStatements;  // the most recently used first
   std::unordered_map<std::string_view, StatementList::iterator> m_oStatementsByText;

@@ -1,0 +1,16 @@
+#include "qm_ordering/foundation/members/Record.h"
+
+#include "qm_ordering/foundation/members/MemberTable.h"
+
+namespace qm_ordering {
+
+template <>
+const ClassInfo& Record<ErrorInfo>::ClassMembers() {
+  using Class = ErrorInfo;
+  static const ClassTable<Record> table(kClassName, [](auto& members) {
+    members.ReadOnly(QM_MEMBER(Number)).ReadOnly(QM_MEMBER(Description));
+  });
+  return table.Info();
+}
+
+}  // namespace qm_ordering

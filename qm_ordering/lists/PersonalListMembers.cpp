@@ -1,0 +1,22 @@
+#include "qm_ordering/lists/PersonalList.h"
+
+#include "qm_ordering/foundation/members/MemberTable.h"
+#include "qm_ordering/foundation/members/Record.h"
+
+namespace qm_ordering {
+
+const ClassInfo& PersonalList::ClassMembers() {
+  using Class = PersonalList;
+  static const ClassTable<Class> table(kClassName, [](auto& members) {
+    members.ReadWrite(QM_PROPERTY(Name))
+        .ReadWrite(QM_PROPERTY(ListID))
+        .ReadWrite(QM_PROPERTY(OrderItems))
+        .ReadOnly(QM_MEMBER(Error))
+        .Method(QM_MEMBER(AddItem), "ovOrderItem", ParameterName("vvListID", Variant::Missing()))
+        .Method(QM_MEMBER(LoadSummary), ParameterName("vvListID", Variant::Missing()))
+        .Method(QM_MEMBER(LoadItems), ParameterName("vvListID", Variant::Missing()));
+  });
+  return table.Info();
+}
+
+}  // namespace qm_ordering

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "qm_ordering/platform/value/Variant.h"
+#include "qm_ordering/qm_ordering_c.h"
+
+// What goes through the C interface.
+namespace qm_ordering::c_interface {
+
+// A name or path that must be there. Raises kInvalidCall for a null pointer; zvWhat names it.
+std::string_view Required(const char* zvText, const char* zvWhat);
+// Where an answer goes. Raises kInvalidCall for a null pointer.
+template <typename T>
+T& RequiredPlace(T* place) {
+  Required(place == nullptr ? nullptr : "", "place for the answer");
+  return *place;
+}
+
+// The text, of which the bytes are not looked at. Raises kInvalidCall for a null pointer with a length.
+std::string_view TextOf(const char* data, size_t length);
+
+// A copy of the value; its object is one of this thread's. Raises kInvalidCall for a kind that there is not,
+// a date that is none, and what ThreadObjects::Find raises.
+Variant FromC(const qm_ordering_value& value);
+
+// The value as the host's own: its text is a copy, its object has a reference more.
+qm_ordering_value ToC(Variant vvValue);
+qm_ordering_value TextToC(std::string_view zvText);
+// Ends such a value.
+void Clear(qm_ordering_value& orValue);
+
+}  // namespace qm_ordering::c_interface
