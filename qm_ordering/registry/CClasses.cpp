@@ -16,8 +16,8 @@ struct Described {
     for (const MemberInfo& member : info.Members) {
       std::vector<qm_ordering_parameter>& parameters = Parameters.emplace_back();
       for (const ParameterInfo& parameter : member.Parameters) {
-        parameters.push_back(
-            {parameter.Name.c_str(), parameter.Type, parameter.IsOptional ? 1 : 0, ToC(parameter.Default)});
+        parameters.push_back({parameter.Name.c_str(), parameter.Type, parameter.IsOptional ? 1 : 0,
+                              ToC(Variant(parameter.Default))});
       }
       Members.push_back({member.Name, static_cast<int32_t>(member.Kind), member.Type,
                          member.IsDefault ? 1 : 0, parameters.size(), parameters.data()});

@@ -70,7 +70,7 @@ qm_ordering_value TextToC(std::string_view zvText) {
   return value;
 }
 
-qm_ordering_value ToC(Variant vvValue) {
+qm_ordering_value ToC(Variant&& vvValue) {
   qm_ordering_value value{};
   switch (vvValue.Kind()) {
     case VariantKind::Missing:

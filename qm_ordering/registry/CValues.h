@@ -26,7 +26,7 @@ std::string_view TextOf(const char* data, size_t length);
 Variant FromC(const qm_ordering_value& value);
 
 // The value as the host's own: its text is a copy, its object has a reference more.
-qm_ordering_value ToC(Variant vvValue);
+qm_ordering_value ToC(Variant&& vvValue);
 qm_ordering_value TextToC(std::string_view zvText);
 // Ends such a value.
 void Clear(qm_ordering_value& orValue);

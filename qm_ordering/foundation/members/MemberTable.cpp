@@ -60,20 +60,20 @@ const MemberTable& MemberTable::Of(const Object& object) {
 
 void MemberTable::Add(MemberInfo member, Call call) {
   Named& named = m_oMembers[member.Name];
-  Call& slot = member.Kind == MemberKind::Method        ? named.Method
-               : member.Kind == MemberKind::PropertyGet ? named.Get
-                                                        : named.Put;
+  Bound& slot = member.Kind == MemberKind::Method        ? named.Method
+                : member.Kind == MemberKind::PropertyGet ? named.Get
+                                                         : named.Put;
   named.Answers = named.Answers || *member.Type != '\0';
-  // The parameters are looked up by position: the list grows until the table is made.
-  slot = [this, lvMember = m_oInfo.Members.size(), call = std::move(call)](
-             const std::shared_ptr<Object>& ovObject, Arguments vvArguments) {
-    const MemberInfo& info = m_oInfo.Members[lvMember];
-    if (info.Parameters.empty() && vvArguments.empty()) {
-      return call(ovObject, vvArguments);
-    }
-    return call(ovObject, Completed(m_oInfo, info, vvArguments));
-  };
+  slot = {std::move(call), m_oInfo.Members.size(), member.Parameters.size()};
   m_oInfo.Members.push_back(std::move(member));
+}
+
+Variant MemberTable::Use(const Bound& member, const std::shared_ptr<Object>& ovObject,
+                         Arguments vvArguments) const {
+  if (member.Parameters == 0 && vvArguments.empty()) {
+    return member.Body(ovObject, vvArguments);
+  }
+  return member.Body(ovObject, Completed(m_oInfo, m_oInfo.Members[member.Position], vvArguments));
 }
 
 void MemberTable::SetDefault(const char* zvMember) {
@@ -102,32 +102,32 @@ const MemberTable::Named& MemberTable::Find(std::string_view zvMember) const {
 Variant MemberTable::Get(const std::shared_ptr<Object>& ovObject, std::string_view zvMember,
                          Arguments vvArguments) const {
   const Named& named = Find(zvMember);
-  if (named.Get) {
-    return named.Get(ovObject, vvArguments);
+  if (named.Get.Body) {
+    return Use(named.Get, ovObject, vvArguments);
   }
   if (!named.Answers) {
     RaiseUnknown(zvMember, " has no property, but a method that answers nothing, of the name \"");
   }
-  return named.Method(ovObject, vvArguments);
+  return Use(named.Method, ovObject, vvArguments);
 }
 
 void MemberTable::Put(const std::shared_ptr<Object>& ovObject, std::string_view zvMember,
                       const Variant& vvValue) const {
   const Named& named = Find(zvMember);
-  if (!named.Put) {
-    if (named.Get) {
+  if (!named.Put.Body) {
+    if (named.Get.Body) {
       throw Failure(failure::kReadOnlyProperty, std::string("The property ") + m_oInfo.Name + "." +
                                                     std::string(zvMember) + " can only be read.");
     }
     RaiseUnknown(zvMember, " has no property, but a method, of the name \"");
   }
-  named.Put(ovObject, Arguments(&vvValue, 1));
+  Use(named.Put, ovObject, Arguments(&vvValue, 1));
 }
 
 Variant MemberTable::Invoke(const std::shared_ptr<Object>& ovObject, std::string_view zvMember,
                             Arguments vvArguments) const {
   const Named& named = Find(zvMember);
-  return (named.Method ? named.Method : named.Get)(ovObject, vvArguments);
+  return Use(named.Method.Body ? named.Method : named.Get, ovObject, vvArguments);
 }
 
 std::shared_ptr<Enumeration> MemberTable::Enumerate(const std::shared_ptr<Object>& ovObject) const {

@@ -57,13 +57,20 @@ class MemberTable {
   Call m_fEnumerate;
 
  private:
+  struct Bound {
+    Call Body;
+    std::size_t Position = 0;  // among the members of the class
+    std::size_t Parameters = 0;
+  };
   struct Named {
-    Call Get;
-    Call Put;
-    Call Method;
+    Bound Get;
+    Bound Put;
+    Bound Method;
     bool Answers = false;
   };
 
+  // Calls it with its arguments in full.
+  Variant Use(const Bound& member, const std::shared_ptr<Object>& ovObject, Arguments vvArguments) const;
   const Named& Find(std::string_view zvMember) const;
   [[noreturn]] void RaiseUnknown(std::string_view zvMember, const char* zvWhy) const;
 
