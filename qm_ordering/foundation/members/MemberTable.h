@@ -173,6 +173,7 @@ class ClassTable : public MemberTable {
         {names[I].Name, Late<std::remove_cvref_t<A>>::Type(), names[I].IsOptional, names[I].Default}...};
     Add({zvName, MemberKind::Method, Late<R>::Type(), std::move(parameters)},
         [method, zvName](const std::shared_ptr<Object>& ovObject, [[maybe_unused]] Arguments vvArguments) {
+          static_cast<void>(zvName);  // of a method without parameters nothing is converted
           // In braces, so that the arguments are converted from the first to the last.
           std::tuple<std::remove_cvref_t<A>...> arguments{Converted(ovObject, zvName, I + 1, [&] {
             return Late<std::remove_cvref_t<A>>::FromVariant(vvArguments[I]);
