@@ -199,9 +199,21 @@ TEST_F(OrderHistoryImporterTest, TakesTheLettersOfFlagsAsWritten) {
 }
 
 TEST_F(OrderHistoryImporterTest, OfTablesWithoutRowsIsNoneAndNoFailure) {
-  Import(0);
+  Settings->User["LogPath"] = Folder.Path();
+  Import(0, true);
   EXPECT_EQ(std::string("Previous Order History database is empty.\r\n\r\n") + kRule, Importer.LogBody());
   EXPECT_EQ(std::string(kStarted) + "Success:\t0 purchase orders imported.", Importer.LogHeader());
+  EXPECT_EQ(Importer.LogHeader() + "\r\n" + Importer.LogBody() + "\r\n", LogFile());
+}
+
+TEST_F(OrderHistoryImporterTest, CountsAThousandOrdersWithoutASeparator) {
+  for (int i = 0; i < 1000; ++i) {
+    const std::string zKey = std::to_string(i);
+    Tables.AddOrder(zKey);
+    Tables.AddLine(zKey, "A-1");
+  }
+  Import(1000);
+  EXPECT_EQ(std::string(kStarted) + "Success:\t1000 purchase orders imported.", Importer.LogHeader());
 }
 
 TEST_F(OrderHistoryImporterTest, OfOrdersWithoutLinesAndLinesWithoutAnOrderIsNone) {
@@ -225,6 +237,33 @@ TEST_F(OrderHistoryImporterTest, BeginsAnOrderForEachKeyAlsoWhenNumbersAreTheSam
             Store.Query("select lOrderID, zPurchaseOrderNumber, zDICity from tblOrder"));
   EXPECT_EQ("A-1", StoredItems().at(0));
   EXPECT_EQ("2", Store.Value("select count(*) from tblOrderItem where lOrderID = 2"));
+}
+
+// Each line comes once for each of the rows that its key joins it to.
+TEST_F(OrderHistoryImporterTest, BeginsOneOrderForTwoRowsOfOneKey) {
+  Tables.AddOrder("1", {{"PONUM", "PO-7"}});
+  Tables.AddOrder("1", {{"PONUM", "PO-7"}});
+  Tables.AddLine("1", "X");
+  Import(1);
+  EXPECT_EQ((Rows{{"1", "PO-7"}}), Store.Query("select lOrderID, zPurchaseOrderNumber from tblOrder"));
+  EXPECT_EQ((std::vector<std::string>{"X", "X DUP "}), StoredItems());
+}
+
+TEST_F(OrderHistoryImporterTest, OrdersTheLinesOfAnOrderWithoutRegardToLetterCase) {
+  Tables.AddOrder("1");
+  for (const char* zItem : {"C", "b", "", "A"}) {
+    Tables.AddLine("1", zItem);
+  }
+  Import(1);
+  EXPECT_EQ((std::vector<std::string>{"", "A", "b", "C"}), StoredItems());
+}
+
+TEST_F(OrderHistoryImporterTest, MarksALineWithoutAnItemNumberToo) {
+  Tables.AddOrder("1");
+  Tables.AddLine("1", "");
+  Tables.AddLine("1", "");
+  Import(1);
+  EXPECT_EQ((std::vector<std::string>{"", " DUP "}), StoredItems());
 }
 
 TEST_F(OrderHistoryImporterTest, MarksAnItemNumberThatTheStoreHas) {
@@ -334,6 +373,21 @@ TEST_F(OrderHistoryImporterTest, ReadsNumericFieldsLikeTexts) {
   EXPECT_EQ("995000", Store.Value("select cTotalPrice from tblOrder"));
 }
 
+TEST_F(OrderHistoryImporterTest, ReadsTheNumbersOfFoxPro) {
+  Tables.Kind("vfp");
+  Tables.Type("PODTLHIS.QUANTITY", "I");
+  Tables.Type("PODTLHIS.UNITPRICE", "Y");
+  Tables.Type("PODTLHIS.EXTPRICE", "B");
+  Tables.Type("POHDRHIS.POTOTAL", "B");
+  Tables.AddOrder("1", {{"POTOTAL", "99.5"}});
+  Tables.AddLine("1", "A", {{"QUANTITY", "-7"}, {"UNITPRICE", "0.25"}, {"EXTPRICE", "0.00005"}});
+  Tables.AddLine("1", "B", {{"QUANTITY", "2"}, {"UNITPRICE", "3"}, {"EXTPRICE", "0.00075"}});
+  Import(1);
+  EXPECT_EQ((Rows{{"-7", "2500", "0"}, {"2", "30000", "8"}}),
+            Store.Query("select lQuantity, cPrice, cExtendedPrice from tblOrderItem"));
+  EXPECT_EQ("995000", Store.Value("select cTotalPrice from tblOrder"));
+}
+
 TEST_F(OrderHistoryImporterTest, RefusesTextsThatAreNoNumber) {
   Tables.AddOrder("1", {{"PONUM", "PO-7"}});
   for (const char* zText :
@@ -362,7 +416,8 @@ TEST_F(OrderHistoryImporterTest, ReadsDatesInFiveForms) {
       {"2003-07-04", "2003-07-04 00:00:00"}, {"2003-07-04 15:04:05", "2003-07-04 15:04:05"},
       {"20030704", "2003-07-04 00:00:00"},   {"7/4/2003", "2003-07-04 00:00:00"},
       {"07/04/03", "2003-07-04 00:00:00"},   {"12/31/99", "1999-12-31 00:00:00"},
-      {"1/1/30", "1930-01-01 00:00:00"},     {"", "NULL"}};
+      {"1/1/30", "1930-01-01 00:00:00"},     {"1/1/29", "2029-01-01 00:00:00"},
+      {" 7/4/2003", "2003-07-04 00:00:00"},  {"", "NULL"}};
   Rows expected;
   for (const auto& [zDate, zStored] : dates) {
     const std::string zKey = std::to_string(expected.size());
@@ -370,7 +425,7 @@ TEST_F(OrderHistoryImporterTest, ReadsDatesInFiveForms) {
     Tables.AddLine(zKey, "A");
     expected.push_back({zStored});
   }
-  Import(8);
+  Import(static_cast<std::int32_t>(dates.size()));
   EXPECT_EQ(expected, Store.Query("select datSubmitDate from tblOrder"));
 }
 
@@ -492,6 +547,43 @@ TEST_F(OrderHistoryImporterTest, FailsWithoutTheStore) {
   EXPECT_EQ(kFailed, Importer.LogHeader());
 }
 
+TEST_F(OrderHistoryImporterTest, FailsOnADamagedTableWithNothingChangedAndNoWordElsewhere) {
+  Tables.Type("POHDRHIS.ORDDATE", "D");
+  Tables.AddOrder("1", {{"ORDDATE", "2003-07-04"}});
+  Tables.AddLine("1", "X");
+  Import(1);
+  const std::string zFolder = Tables.Make();
+  const std::string zFile = zFolder + "/POHDRHIS.DBF";
+  const std::string zWhole = test::ReadFile(zFile);
+  const auto changed = [&](std::size_t lvOffset, char cv) {
+    std::string zBytes = zWhole;
+    zBytes.at(lvOffset) = cv;
+    return zBytes;
+  };
+  const Rows before = Store.Everything();
+  for (const auto& [zBytes, zWhy] :
+       {std::pair(std::string(), "it is empty"), std::pair(zWhole.substr(0, 100), "its header is to take"),
+        std::pair(zWhole.substr(0, zWhole.size() - 10), "claims 1 records"),
+        std::pair(changed(7, '\x7F'), "records"), std::pair(changed(10, '\x7F'), "bytes each"),
+        std::pair(changed(zWhole.rfind("20030704"), 'x'), "column ORDDATE: \"x0030704\" is no date")}) {
+    test::WriteFile(zFile, zBytes);
+    qm_ordering::ClearLastFailure();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(0, Importer.ApplyImports(zFolder));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(kFailed, Importer.LogHeader());
+    EXPECT_EQ("", Importer.LogBody());
+    EXPECT_EQ(failure::kStoreUnavailable, LastFailure().Number);
+    EXPECT_NE(std::string::npos, LastFailure().Description.find(zFile)) << LastFailure().Description;
+    EXPECT_NE(std::string::npos, LastFailure().Description.find(zWhy)) << LastFailure().Description;
+  }
+  std::filesystem::remove(zFile);
+  std::filesystem::create_directory(zFile);
+  EXPECT_EQ(0, Importer.ApplyImports(zFolder));
+  EXPECT_NE(std::string::npos, LastFailure().Description.find("it is a folder"));
+  EXPECT_EQ(before, Store.Everything());
+}
+
 TEST_F(OrderHistoryImporterTest, FindsTheTablesInAnyLetterCaseOfTheirNames) {
   Tables.AddOrder("1");
   Tables.AddLine("1", "X");
@@ -605,6 +697,13 @@ TEST_F(ImportProgressTest, MayCancelAtAnyLineWithNothingChanged) {
   }
 }
 
+TEST_F(ImportProgressTest, CancelledWritesNoLog) {
+  Settings->User["LogPath"] = Folder.Path();
+  Importer.OnProgress([](const ImportProgress& progress) { return progress.Lines < 3; });
+  EXPECT_EQ(0, Importer.ApplyImports(Tables.Make(), true));
+  EXPECT_FALSE(std::filesystem::exists(Folder.File("Order_History_Import_Log.txt")));
+}
+
 TEST_F(ImportProgressTest, MayRaiseWithNothingChanged) {
   const Rows before = Store.Everything();
   Importer.OnProgress([&](const ImportProgress& progress) -> bool {
@@ -696,20 +795,53 @@ TEST_F(ImportPreviewTest, CountsOrdersWithoutNumberOrDateAsImportedToo) {
   EXPECT_EQ(1, Importer.PreviewImports(Tables.Make()).AlreadyImported);
 }
 
+TEST_F(ImportPreviewTest, CountsNoOrderAsImportedForTheCurrentOne) {
+  qm_ordering::CurrentOrder order;
+  order.LoadSummary();
+  Store.Run("update tblOrder set zPurchaseOrderNumber = 'PO-7', datSubmitDate = null, cTotalPrice = 0");
+  Tables.AddOrder("1", {{"PONUM", "PO-7"}});
+  Tables.AddLine("1", "X");
+  EXPECT_EQ(0, Importer.PreviewImports(Tables.Make()).AlreadyImported);
+}
+
+TEST_F(ImportPreviewTest, MarksALineThatIsStoredUnderTheMarkedNumberOfAnother) {
+  Tables.AddOrder("1");
+  for (const char* zItem : {"X", "X", "X", "X DUP (2)"}) {
+    Tables.AddLine("1", zItem);
+  }
+  EXPECT_EQ(3, Importer.PreviewImports(Tables.Make()).MarkedLines);
+  Import(1);
+  EXPECT_EQ((std::vector<std::string>{"X", "X DUP ", "X DUP (2)", "X DUP (2) DUP (3)"}), StoredItems());
+}
+
+TEST_F(ImportPreviewTest, CountsAllRowsThatWouldFailAndSaysWhyOfTheFirstHundred) {
+  Tables.AddOrder("1");
+  for (int i = 100; i <= 200; ++i) {
+    Tables.AddLine("1", std::to_string(i), {{"QUANTITY", "many"}});
+  }
+  const ImportPreview preview = Importer.PreviewImports(Tables.Make());
+  EXPECT_EQ(101, preview.FailingRows);
+  ASSERT_EQ(100U, preview.Failures.size());
+  EXPECT_NE(std::string::npos, preview.Failures.back().find("item 199")) << preview.Failures.back();
+}
+
 TEST_F(ImportPreviewTest, NamesEachRowThatWouldFail) {
   Tables.AddOrder("1", {{"PONUM", "PO-1"}, {"ORDDATE", "soon"}});
   Tables.AddLine("1", "X", {{"UNITPRICE", "much"}});
   Tables.AddLine("1", "Y");
   Tables.AddOrder("2", {{"PONUM", "PO-2"}});
   Tables.AddLine("2", "Z", {{"QUANTITY", "99999999999"}});
+  Tables.AddOrder("3", {{"POTOTAL", "much"}});
+  Tables.AddLine("3", "Z");
   const ImportPreview preview = Importer.PreviewImports(Tables.Make());
-  EXPECT_EQ(2, preview.Orders);
-  EXPECT_EQ(3, preview.Lines);
-  EXPECT_EQ(2, preview.FailingRows);
-  ASSERT_EQ(3U, preview.Failures.size());
+  EXPECT_EQ(3, preview.Orders);
+  EXPECT_EQ(4, preview.Lines);
+  EXPECT_EQ(3, preview.FailingRows);
+  ASSERT_EQ(4U, preview.Failures.size());
   EXPECT_NE(std::string::npos, preview.Failures[0].find("ORDDATE"));
   EXPECT_NE(std::string::npos, preview.Failures[1].find("UNITPRICE"));
   EXPECT_NE(std::string::npos, preview.Failures[2].find("QUANTITY"));
+  EXPECT_NE(std::string::npos, preview.Failures[3].find("POTOTAL"));
 }
 
 TEST_F(ImportPreviewTest, RaisesWhatWouldEndTheImport) {

@@ -25,6 +25,10 @@ void LegacyTables::Type(const std::string& zvColumn, const std::string& zvType) 
   m_oContent["types"][zvColumn] = zvType;
 }
 
+void LegacyTables::Kind(const std::string& zvKind) {
+  m_oContent["kind"] = zvKind;
+}
+
 void LegacyTables::Without(const std::string& zvColumn) {
   m_oContent["without"] = zvColumn;
 }

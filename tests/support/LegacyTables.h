@@ -16,6 +16,8 @@ class LegacyTables {
                           const nlohmann::json& values = nlohmann::json::object());
   // The field of a column, "TABLE.COLUMN", that is no text: "N(10,2)", "D", "L".
   void Type(const std::string& zvColumn, const std::string& zvType);
+  // The tables of another program, as python3-dbf calls it: "vfp" for Visual FoxPro's.
+  void Kind(const std::string& zvKind);
   // Leaves a column out.
   void Without(const std::string& zvColumn);
 
