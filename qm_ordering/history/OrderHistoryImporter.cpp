@@ -208,8 +208,21 @@ class ProgressReport {
     }
   }
 
-  const std::function<bool(const ImportProgress&)>& m_fProgress;
+  // A copy: what is called may set the importer another one, which would end it while it runs.
+  const std::function<bool(const ImportProgress&)> m_fProgress;
   ImportProgress m_oProgress;
+};
+
+// Notes that an importer imports, for as long as it lives.
+class Running {
+ public:
+  explicit Running(bool& orRunning) : m_bRunning(orRunning) { m_bRunning = true; }
+  ~Running() { m_bRunning = false; }
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+
+ private:
+  bool& m_bRunning;
 };
 
 }  // namespace
@@ -263,6 +276,12 @@ void OrderHistoryImporter::WriteLog() const {
 std::int32_t OrderHistoryImporter::ApplyImports(const std::string& zvUserDataPath, bool bvWriteLog) {
   constexpr const char* kOperation = "OrderHistoryImporter.ApplyImports";
   return OrOutOfMemory([&] {
+    if (m_bRunning) {
+      // By its callback; the two texts are those of the import that it follows.
+      RememberFailure(Failure(failure::kInvalidCall, "This importer is importing already."), kOperation);
+      return 0;
+    }
+    const Running running(m_bRunning);
     m_zLogBody.clear();
     std::int32_t lOrders = 0;
     try {

@@ -35,8 +35,8 @@ struct QM_ORDERING_API ImportPreview {
 //
 // Blank quantities, prices and totals are 0; numbers may have "$" and groups of thousands ("1,234.50"); a
 // quantity with a fraction and a price with more than four decimals round half to even. A date may be a date
-// field or a text of the forms 2003-07-04, 20030704, 7/4/2003 and 7/4/03 (30 to 99 are of the last century);
-// a blank one is no date.
+// field or a text of the forms 2003-07-04, 2003-07-04 15:04:05, 20030704, 7/4/2003 and 7/4/03 (30 to 99 are
+// of the last century); a blank one is no date.
 class QM_ORDERING_API OrderHistoryImporter : public LibraryObject {
  public:
   // The class's name for who makes or uses objects by name.
@@ -68,7 +68,8 @@ class QM_ORDERING_API OrderHistoryImporter : public LibraryObject {
   // Is called by ApplyImports at the beginning and after each line, on its thread; answers whether to go on.
   // False cancels the import: nothing is imported, LogHeader and LastFailure (5) say so. The callback may not
   // use the order store, which is in the middle of the import: every object that tries fails with 5. What it
-  // raises ends the import as a failure does, and then leaves ApplyImports. Empty for none.
+  // raises ends the import as a failure does, and then leaves ApplyImports. What is set while an import runs
+  // is called from the next one on. Empty for none.
   void OnProgress(std::function<bool(const ImportProgress&)> fvProgress) {
     m_fProgress = std::move(fvProgress);
   }
@@ -77,6 +78,7 @@ class QM_ORDERING_API OrderHistoryImporter : public LibraryObject {
   std::int32_t Import(const std::string& zvUserDataPath);
   void WriteLog() const;
 
+  bool m_bRunning = false;  // within ApplyImports
   std::string m_zLogHeader;
   std::string m_zLogBody;
   std::function<bool(const ImportProgress&)> m_fProgress;

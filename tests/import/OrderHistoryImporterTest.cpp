@@ -704,6 +704,38 @@ TEST_F(ImportProgressTest, CancelledWritesNoLog) {
   EXPECT_FALSE(std::filesystem::exists(Folder.File("Order_History_Import_Log.txt")));
 }
 
+TEST_F(ImportProgressTest, MayBeSetAnewByItselfForTheNextRun) {
+  std::vector<std::string> told;
+  // Longer than what a function holds in itself.
+  Importer.OnProgress([this, &told, zName = std::string(100, 'x')](const ImportProgress&) {
+    Importer.OnProgress(nullptr);
+    told.push_back(zName);
+    return true;
+  });
+  Import(2);
+  EXPECT_EQ(std::vector<std::string>(5, std::string(100, 'x')), told);
+  Import(2);
+  EXPECT_EQ(5U, told.size());
+}
+
+TEST_F(ImportProgressTest, MayNotImportMeanwhileAndTheTextsStay) {
+  const std::string zFolder = Tables.Make();
+  std::vector<std::int32_t> numbers;
+  Importer.OnProgress([&](const ImportProgress&) {
+    qm_ordering::ClearLastFailure();
+    EXPECT_EQ(0, Importer.ApplyImports(zFolder));
+    numbers.push_back(LastFailure().Number);
+    return true;
+  });
+  EXPECT_EQ(2, Importer.ApplyImports(zFolder));
+  EXPECT_EQ(std::vector<std::int32_t>(5, failure::kInvalidCall), numbers);
+  EXPECT_EQ(std::string(kStarted) + "Success:\t2 purchase orders imported.", Importer.LogHeader());
+  EXPECT_TRUE(Importer.LogBody().starts_with(kRule)) << Importer.LogBody();
+  EXPECT_NE(std::string::npos, Importer.LogBody().find("A\t\t\r\nB\t\t\r\n")) << Importer.LogBody();
+  Importer.OnProgress(nullptr);
+  Import(2);
+}
+
 TEST_F(ImportProgressTest, MayRaiseWithNothingChanged) {
   const Rows before = Store.Everything();
   Importer.OnProgress([&](const ImportProgress& progress) -> bool {
