@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "qm_ordering/foundation/Globals.h"
+#include "qm_ordering/platform/text/Unicode.h"
 #include "qm_ordering/platform/value/Failure.h"
 
 namespace qm_ordering {
@@ -45,27 +46,14 @@ std::string Statement() {
          kJoin + " ORDER BY POHDRHIS.DATETIME, PODTLHIS.ITEMNUM;";
 }
 
-std::string_view Trimmed(std::string_view zvText) {
-  const std::size_t lFirst = zvText.find_first_not_of(' ');
-  return lFirst == std::string_view::npos ? std::string_view()
-                                          : zvText.substr(lFirst, zvText.find_last_not_of(' ') - lFirst + 1);
-}
-
 std::string TextOf(const Variant& vvValue) {
   return NullTo(vvValue, "").ToString();
 }
 
-bool IsBlank(const Variant& vvValue) {
-  return vvValue.IsNull() || (vvValue.Kind() == VariantKind::String && Trimmed(vvValue.ToString()).empty());
-}
-
-// Whether it is the text as it is written, but for blanks behind it.
+// Whether it is the text as it is written. The texts of a table have no blanks behind them; one that is blank
+// is null.
 bool Equals(const Variant& vvValue, std::string_view zvText) {
-  if (vvValue.Kind() != VariantKind::String) {
-    return false;
-  }
-  const std::string zValue = vvValue.ToString();
-  return zValue.substr(0, zValue.find_last_not_of(' ') + 1) == zvText;
+  return vvValue.Kind() == VariantKind::String && vvValue.ToString() == zvText;
 }
 
 bool IsDigit(char cv) {
@@ -100,7 +88,7 @@ std::optional<std::string> WithoutGroups(std::string_view zvDigits) {
 std::string PlainNumber(std::string_view zvText) {
   std::string zSign;
   const auto takeSign = [&] {
-    zvText = Trimmed(zvText);
+    zvText = text::TrimSpaces(zvText);
     if (zSign.empty() && (zvText.starts_with('-') || zvText.starts_with('+'))) {
       zSign = zvText.front();
       zvText.remove_prefix(1);
@@ -121,7 +109,7 @@ std::string PlainNumber(std::string_view zvText) {
 }
 
 Variant Number(const Variant& vvValue) {
-  if (IsBlank(vvValue)) {
+  if (vvValue.IsNull()) {
     return 0;
   }
   return vvValue.Kind() == VariantKind::String ? Variant(PlainNumber(vvValue.ToString())) : vvValue;
@@ -213,7 +201,7 @@ Variant Copied(const Variant& vvValue, const Variant&) {
 }
 
 Variant WithSecond(const Variant& vvValue, const Variant& vvSecond) {
-  return IsBlank(vvSecond) ? Copied(vvValue, vvSecond) : Variant(TextOf(vvValue) + ", " + TextOf(vvSecond));
+  return vvSecond.IsNull() ? Copied(vvValue, vvSecond) : Variant(TextOf(vvValue) + ", " + TextOf(vvSecond));
 }
 
 // The two parts of "Mary Ann Smith". A second space behind the first belongs to the last name.
@@ -222,7 +210,7 @@ Variant FirstName(const Variant& vvValue, const Variant&) {
     return vvValue;
   }
   const std::string zAttention = vvValue.ToString();
-  const std::string_view zName = Trimmed(zAttention);
+  const std::string_view zName = text::TrimSpaces(zAttention);
   return zName.substr(0, zName.find(' '));
 }
 
@@ -231,20 +219,20 @@ Variant LastName(const Variant& vvValue, const Variant&) {
     return vvValue;
   }
   const std::string zAttention = vvValue.ToString();
-  const std::string_view zName = Trimmed(zAttention);
+  const std::string_view zName = text::TrimSpaces(zAttention);
   const std::size_t lSpace = zName.find(' ');
   return lSpace == std::string_view::npos ? std::string_view() : zName.substr(lSpace + 1);
 }
 
 Variant DateOf(const Variant& vvValue, const Variant&) {
-  if (IsBlank(vvValue)) {
+  if (vvValue.IsNull()) {
     return Variant::Null();
   }
   if (vvValue.Kind() != VariantKind::String) {
     return vvValue.ToDate();
   }
   const std::string zText = vvValue.ToString();
-  const auto datValue = ParseDate(Trimmed(zText));
+  const auto datValue = ParseDate(text::TrimSpaces(zText));
   if (!datValue) {
     throw Failure(failure::kTypeMismatch, "\"" + zText + "\" is no date.");
   }
