@@ -122,6 +122,26 @@ TEST_F(DamagedTable, IsRefusedWithoutFields) {
   ExpectRefused(Refusal(Changed(Whole, 32, "\x0D")), "it has no fields");
 }
 
+TEST_F(DamagedTable, IsRefusedWithMoreFieldsThanTheEngineTakes) {
+  const auto refusal = [&](std::size_t lvFields) {
+    std::string zBytes = Whole.substr(0, 32);
+    for (std::size_t i = 0; i < lvFields; ++i) {
+      std::string zField(32, '\0');
+      zField.replace(0, 6, "F" + std::to_string(10'000 + i));
+      zField[11] = 'C';
+      zField[16] = 1;
+      zBytes += zField;
+    }
+    zBytes += '\x0D';
+    test::Put(zBytes, 4, 4, 0);
+    test::Put(zBytes, 8, 2, zBytes.size());
+    test::Put(zBytes, 10, 2, lvFields + 1);
+    return Refusal(zBytes);
+  };
+  EXPECT_EQ(0, refusal(2000).Number());
+  ExpectRefused(refusal(2001), "it has 2001 fields, more than 2000");
+}
+
 TEST_F(DamagedTable, IsRefusedWithFieldsOfTheSystemAlone) {
   std::string zBytes = test::ReadFile(test::MadeTables() + "/CP1252.dbf");
   zBytes[0] = 0x30;

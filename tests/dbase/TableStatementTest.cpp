@@ -238,6 +238,14 @@ TEST(TableSession, ClosesItsResultsWhenItEnds) {
   EXPECT_EQ(failure::kClosedObject, test::FailureOf([&] { rows->MoveNext(); }).Number());
 }
 
+TEST(TableSession, ClosesAResultWhoseReadingFailed) {
+  const auto session = ado::OpenSession(test::TableConnection(MadeTables()));
+  const auto cursor = session->Execute("SELECT abs(-9223372036854775807 - 1) FROM DBASE3");
+  EXPECT_EQ(failure::kStoreCommand, test::FailureOf([&] { cursor->Next(); }).Number());
+  EXPECT_FALSE(cursor->IsOpen());
+  EXPECT_EQ(failure::kClosedObject, test::FailureOf([&] { cursor->Next(); }).Number());
+}
+
 TEST(TableSession, TakesBackslashesAsSeparators) {
   std::string zFolder = MadeTables("unique");
   for (char& c : zFolder) {
