@@ -101,8 +101,17 @@ class OrderWriter {
 // Looks through the rows of an import as OrderWriter would write them.
 class OrderPreviewer {
  public:
-  explicit OrderPreviewer(ado::Connection& store)
-      : m_oStore(store), m_oItems(store.OpenTable("tblOrderItem")) {}
+  explicit OrderPreviewer(ado::Connection& store) : m_oItems(store.OpenTable("tblOrderItem")) {
+    // Read once: many orders may have the same number, or none.
+    const auto rows = store.Execute(
+        "select datSubmitDate, cTotalPrice, zPurchaseOrderNumber from tblOrder where bIsCurrent = False");
+    const ado::Field date = rows->Fields("datSubmitDate");
+    const ado::Field total = rows->Fields("cTotalPrice");
+    const ado::Field number = rows->Fields("zPurchaseOrderNumber");
+    for (; !rows->AtEnd(); rows->MoveNext()) {
+      m_oHistory.insert(Identity(date.Value(), total.Value(), number.Value()));
+    }
+  }
 
   void LookAt(const LegacyOrders& legacy) {
     bool bFails = false;
@@ -150,19 +159,19 @@ class OrderPreviewer {
     return values[i];
   }
 
-  bool IsInHistory(const std::vector<Variant>& values) {
-    const Variant& number = ValueOf(values, "zPurchaseOrderNumber");
-    const Variant& date = ValueOf(values, "datSubmitDate");
-    const auto rows = m_oStore.Execute(
-        "select count(*) from tblOrder where zPurchaseOrderNumber " +
-        (number.IsNull() ? "is null" : "= '" + SQLText(number.ToString()) + "'") + " and datSubmitDate " +
-        (date.IsNull() ? "is null" : "= '" + date.ToDate().ToStoreText() + "'") + " and cTotalPrice = " +
-        ValueOf(values, "cTotalPrice").ToCurrency().ToString() + " and bIsCurrent = False");
-    return rows->Fields(std::size_t{0}).Value().ToInteger() != 0;
+  // What orders that are the same have in common, as the store compares.
+  static std::string Identity(const Variant& date, const Variant& total, const Variant& number) {
+    return (date.IsNull() ? "" : date.ToDate().ToStoreText()) + "|" + total.ToCurrency().ToString() +
+           (number.IsNull() ? "" : "|" + text::Fold(number.ToString()));
   }
 
-  ado::Connection& m_oStore;
+  bool IsInHistory(const std::vector<Variant>& values) const {
+    return m_oHistory.contains(Identity(ValueOf(values, "datSubmitDate"), ValueOf(values, "cTotalPrice"),
+                                        ValueOf(values, "zPurchaseOrderNumber")));
+  }
+
   ado::TableRecordset m_oItems;
+  std::unordered_set<std::string> m_oHistory;  // the Identity of each submitted order
   OrderStarts m_oStarts;
   DuplicateMarker m_oMarker;
   std::unordered_set<std::string> m_oAdded;  // item numbers, folded

@@ -827,6 +827,39 @@ TEST_F(ImportPreviewTest, CountsOrdersWithoutNumberOrDateAsImportedToo) {
   EXPECT_EQ(1, Importer.PreviewImports(Tables.Make()).AlreadyImported);
 }
 
+TEST_F(ImportPreviewTest, ComparesNumberDateAndTotalWithTheHistory) {
+  const json imported = {{"PONUM", "\xC3\x89-7"}, {"ORDDATE", "20030704"}, {"POTOTAL", "5"}};
+  json& order = Tables.AddOrder("1", imported);
+  Tables.AddLine("1", "X");
+  Import(1);
+  const auto alreadyImported = [&](const json& changes) {
+    order.update(imported);
+    order.update(changes);
+    return Importer.PreviewImports(Tables.Make()).AlreadyImported;
+  };
+  EXPECT_EQ(1, alreadyImported({{"PONUM", "\xC3\xA9-7"}, {"ORDDATE", "7/4/2003"}, {"POTOTAL", "$5.00"}}));
+  for (const json& change :
+       {json{{"PONUM", "\xC3\x89-8"}}, json{{"PONUM", ""}}, json{{"ORDDATE", "20030705"}},
+        json{{"ORDDATE", ""}}, json{{"POTOTAL", "5.0001"}}, json{{"POTOTAL", ""}}}) {
+    EXPECT_EQ(0, alreadyImported(change)) << change;
+  }
+}
+
+TEST_F(ImportPreviewTest, AsksTheStoreOnceWhateverOrdersThereAre) {
+  const auto statements = [&](int lvOrders) {
+    test::LegacyTables tables;
+    for (int i = 0; i < lvOrders; ++i) {
+      tables.AddOrder(std::to_string(i));
+      tables.AddLine(std::to_string(i), "X");
+    }
+    test::TraceRecorder trace;
+    EXPECT_EQ(lvOrders, Importer.PreviewImports(tables.Make()).Orders);
+    return trace.Take();
+  };
+  const auto ofOne = statements(1);
+  EXPECT_EQ(ofOne, statements(20));
+}
+
 TEST_F(ImportPreviewTest, CountsNoOrderAsImportedForTheCurrentOne) {
   qm_ordering::CurrentOrder order;
   order.LoadSummary();
