@@ -8,6 +8,7 @@
 #include "qm_ordering/platform/ado/dbase/StatementColumns.h"
 #include "tests/dbase/Tables.h"
 #include "tests/support/FailureOf.h"
+#include "tests/support/LegacyTables.h"
 #include "tests/support/TempFolder.h"
 
 // What statements on tables answer, and which ones are refused.

@@ -34,7 +34,4 @@ Lines LinesOf(const std::string& zvFile);
 // Writes a number into a text, the least significant byte first.
 void Put(std::string& zvBytes, std::size_t lvOffset, std::size_t lvSize, unsigned long lvNumber);
 
-// The statement of the import of older orders.
-extern const char* const kImportStatement;
-
 }  // namespace test

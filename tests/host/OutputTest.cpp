@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "tests/host/HostRun.h"
+#include "tests/support/LegacyTables.h"
 
 namespace {
 
@@ -205,6 +206,22 @@ TEST_F(HostOutput, ProgressIsShownOnATerminalAndTakenAway) {
   const std::string& zWritten = *zOnTerminal;
   EXPECT_NE(std::string::npos, zWritten.find("\r\x1B[KAdding 0/3 [" + std::string(30, ' ') + "]"));
   EXPECT_NE(std::string::npos, zWritten.find("\r\x1B[KAdding 3/3 [" + std::string(30, '#') + "]"));
+  EXPECT_TRUE(zWritten.ends_with("\r\x1B[K")) << zWritten;
+}
+
+TEST_F(HostOutput, TheProgressOfAnImportIsShownOnATerminal) {
+  CreateStore();
+  const std::optional<std::string> zOnTerminal = OnTerminal([&](int lvTerminal) {
+    EXPECT_EQ(0, Run({"import", test::SmallLegacyTables()}, {.ErrorDescriptor = lvTerminal}).ExitCode);
+  });
+  if (!zOnTerminal) {
+    GTEST_SKIP() << "The machine gives out no terminals (is /dev/pts mounted?).";
+  }
+  const std::string& zWritten = *zOnTerminal;
+  for (int lLines = 0; lLines <= test::kSmallLines; ++lLines) {
+    EXPECT_NE(std::string::npos, zWritten.find("\r\x1B[KImporting lines " + std::to_string(lLines) + "/7 ["))
+        << lLines;
+  }
   EXPECT_TRUE(zWritten.ends_with("\r\x1B[K")) << zWritten;
 }
 

@@ -29,6 +29,9 @@ class LegacyTables {
   nlohmann::json m_oContent = {{"orders", nlohmann::json::array()}, {"lines", nlohmann::json::array()}};
 };
 
+// The statement by which the import reads them.
+extern const char* const kImportStatement;
+
 // The folder of tables with three orders, PO-1 to PO-3, of seven lines, three of which are to be marked. Made
 // at the first call, for the rest of the run.
 const std::string& SmallLegacyTables();
