@@ -27,8 +27,8 @@ class Cursor {
   virtual const std::shared_ptr<const ColumnNames>& Columns() const = 0;
   // Moves to the next row, at first to the first one; false behind the last. A failure closes the cursor.
   virtual bool Next() = 0;
-  // A column's value in the current row, in the kind of the column: Null, Integer, Boolean, Currency, Date,
-  // String.
+  // A column's value in the current row, in the kind of the column: Null, Integer, Double, Boolean, Currency,
+  // Date, String.
   virtual Variant Value(std::size_t lvColumn) const = 0;
 };
 
