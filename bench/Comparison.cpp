@@ -82,7 +82,7 @@ void Comparison::Finalize() {
   for (std::size_t i = 1; i < m_zPrograms.size(); ++i) {
     out << " | " << m_zPrograms[i];
   }
-  out << " | middle half of the library's |\n|---|--:|";
+  out << " | middle half: " << m_zPrograms[1] << " |\n|---|--:|";
   for (std::size_t i = 0; i <= m_zPrograms.size(); ++i) {
     out << "--:|";
   }

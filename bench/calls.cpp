@@ -100,7 +100,7 @@ int Run(int lvArguments, char** zvArguments) {
   if (benchmark::ReportUnrecognizedArguments(lvArguments, zvArguments)) {
     return 2;
   }
-  Comparison comparison({kDirect, kByName, kInC});
+  Comparison comparison({kDirect, kInC, kByName});
   Item item;
   for (const Call* pCall : {&kReads, &kWrites}) {
     for (const std::int32_t lLetters : {8, 40, 400}) {
