@@ -123,7 +123,7 @@ class ClassTable : public MemberTable {
     using Given = Late<std::remove_cvref_t<V>>;
     ReadOnly(zvName, get);
     const std::string zParameter = std::string(Given::kPrefix) + "v" + zvName;
-    Add({zvName, Given::kKind, "", {{zParameter, Given::Type(), false, Variant::Missing()}}},
+    Add({zvName, Given::kKind, "", {{zParameter, Given::Type(), false, {}}}},
         [put, zvName](const std::shared_ptr<Object>& ovObject, Arguments vvArguments) {
           (Self(ovObject).*
            put)(Converted(ovObject, zvName, 1, [&] { return Given::FromVariant(vvArguments[0]); }));

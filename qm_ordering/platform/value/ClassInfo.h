@@ -23,7 +23,7 @@ struct QM_ORDERING_API ParameterInfo {
   std::string Name;         // as in the class's header: "lvSortType"
   const char* Type = "";    // as MemberInfo's; an argument of another kind is converted as Variant converts
   bool IsOptional = false;  // whether it may be left out, at the end or as a missing value
-  Variant Default;          // what it is then; missing when the member itself looks at that
+  Variant Default;          // what it is then; missing when the member itself looks at that. Otherwise empty
 };
 
 // A member of a class. A property that can be read and written is there twice.
