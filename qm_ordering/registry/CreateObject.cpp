@@ -20,7 +20,7 @@
 #include "qm_ordering/order/OrderItem.h"
 #include "qm_ordering/order/OrderItems.h"
 #include "qm_ordering/order/PaymentInformation.h"
-#include "qm_ordering/platform/text/Unicode.h"
+#include "qm_ordering/platform/text/Names.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "qm_ordering/platform/value/OutOfMemory.h"
 
@@ -58,7 +58,7 @@ constexpr std::array kAnsweredClasses = {Enumeration::ClassMembers, Record<Error
 
 std::string_view WithoutPrefix(std::string_view zvClassName) {
   constexpr std::string_view kPrefix = "QM_Ordering.";
-  if (text::CompareFolded(zvClassName.substr(0, kPrefix.size()), kPrefix) == 0) {
+  if (text::SameName(zvClassName.substr(0, kPrefix.size()), kPrefix)) {
     zvClassName.remove_prefix(kPrefix.size());
   }
   return zvClassName;
@@ -71,18 +71,21 @@ std::string_view WithoutPrefix(std::string_view zvClassName) {
 }  // namespace
 
 std::shared_ptr<Object> CreateObject(const std::string& zvClassName) {
-  const std::string_view zName = WithoutPrefix(zvClassName);
-  for (const PublicClass& publicClass : kClasses) {
-    if (text::CompareFolded(zName, publicClass.Name) == 0) {
-      return OrOutOfMemory(publicClass.Make);
+  return OrOutOfMemory([&] {
+    const std::string_view zName = WithoutPrefix(zvClassName);
+    for (const PublicClass& publicClass : kClasses) {
+      if (text::SameName(zName, publicClass.Name)) {
+        return publicClass.Make();
+      }
     }
-  }
-  RaiseUnknown(zvClassName);
+    RaiseUnknown(zvClassName);
+  });
 }
 
 std::vector<std::string> ClassNames() {
   return OrOutOfMemory([] {
     std::vector<std::string> zNames;
+    zNames.reserve(kClasses.size());
     for (const PublicClass& publicClass : kClasses) {
       zNames.emplace_back(publicClass.Name);
     }
@@ -93,6 +96,7 @@ std::vector<std::string> ClassNames() {
 std::vector<std::string> AnsweredClassNames() {
   return OrOutOfMemory([] {
     std::vector<std::string> zNames;
+    zNames.reserve(kAnsweredClasses.size());
     for (const auto members : kAnsweredClasses) {
       zNames.emplace_back(members().Name);
     }
@@ -104,12 +108,12 @@ const ClassInfo& DescribeClass(const std::string& zvClassName) {
   return OrOutOfMemory([&]() -> const ClassInfo& {
     const std::string_view zName = WithoutPrefix(zvClassName);
     for (const PublicClass& publicClass : kClasses) {
-      if (text::CompareFolded(zName, publicClass.Name) == 0) {
+      if (text::SameName(zName, publicClass.Name)) {
         return publicClass.Members();
       }
     }
     for (const auto members : kAnsweredClasses) {
-      if (text::CompareFolded(zName, members().Name) == 0) {
+      if (text::SameName(zName, members().Name)) {
         return members();
       }
     }

@@ -65,9 +65,10 @@ TEST_F(CreateObjectTest, TakesANameInAnyLetterCase) {
 }
 
 TEST_F(CreateObjectTest, RefusesANameThatIsNoPublicClassAndNamesIt) {
-  for (const char* zName : {"Database", "QM_Ordering.Database", "Order", "OrderItemss", "", "QM_Ordering",
-                            "QM_Ordering.", "Other.OrderItem", "QM_Ordering.QM_Ordering.OrderItem",
-                            " OrderItem", "OrderItem ", "QM_OrderingOrderItem"}) {
+  for (const char* zName :
+       {"Database", "QM_Ordering.Database", "Order", "OrderItemss", "", "QM_Ordering", "QM_Ordering.",
+        "Other.OrderItem", "QM_Ordering.QM_Ordering.OrderItem", " OrderItem", "OrderItem ",
+        "QM_OrderingOrderItem", "OrderItem\u017f"}) {  // the long s, of which Unicode makes an s
     const auto failure = FailureOf([&] { CreateObject(zName); });
     EXPECT_EQ(failure.Number(), 429) << zName;
     EXPECT_NE(failure.Description().find("\"" + std::string(zName) + "\""), std::string::npos)
