@@ -22,6 +22,16 @@ namespace qm_ordering {
 template <typename T>
 struct Late;
 
+// The object that an argument refers to; null for an empty reference. Raises kWrongThread for another
+// thread's.
+inline std::shared_ptr<Object> OwnObject(const Variant& vvValue) {
+  std::shared_ptr<Object> oObject = vvValue.ToObject();
+  if (oObject) {
+    oObject->RequireThisThread();
+  }
+  return oObject;
+}
+
 template <>
 struct Late<void> {
   static const char* Type() { return ""; }
@@ -88,7 +98,12 @@ template <>
 struct Late<Variant> {
   static const char* Type() { return "Variant"; }
   static Variant ToVariant(Variant vvValue) { return vvValue; }
-  static const Variant& FromVariant(const Variant& vvValue) { return vvValue; }
+  static const Variant& FromVariant(const Variant& vvValue) {
+    if (vvValue.Kind() == VariantKind::Object) {
+      OwnObject(vvValue);
+    }
+    return vvValue;
+  }
 };
 
 template <std::derived_from<Object> T>
@@ -99,13 +114,9 @@ struct Late<std::shared_ptr<T>> {
   static Variant ToVariant(std::shared_ptr<T> ovValue) { return Variant(std::move(ovValue)); }
   // Null for an empty reference.
   static std::shared_ptr<T> FromVariant(const Variant& vvValue) {
-    const std::shared_ptr<Object> oObject = vvValue.ToObject();
-    if (!oObject) {
-      return nullptr;
-    }
-    oObject->RequireThisThread();
+    const std::shared_ptr<Object> oObject = OwnObject(vvValue);
     auto oWanted = std::dynamic_pointer_cast<T>(oObject);
-    if (!oWanted) {
+    if (oObject && !oWanted) {
       throw Failure(failure::kTypeMismatch, std::string("An object of the class ") + T::kClassName +
                                                 " is wanted, not one of the class " + oObject->ClassName() +
                                                 ".");
