@@ -17,7 +17,7 @@ class Completed {
                                                       std::to_string(parameters.size()) + " arguments, not " +
                                                       std::to_string(vvArguments.size()) + ".");
     }
-    bool bComplete = vvArguments.size() == parameters.size();
+    bool bComplete = true;
     for (std::size_t i = 0; i < parameters.size(); ++i) {
       if (i < vvArguments.size() && !vvArguments[i].IsMissing()) {
         continue;

@@ -16,6 +16,7 @@
 #include "qm_ordering/foundation/members/Late.h"
 #include "qm_ordering/platform/text/Names.h"
 #include "qm_ordering/platform/value/ClassInfo.h"
+#include "qm_ordering/platform/value/OutOfMemory.h"
 
 namespace qm_ordering {
 
@@ -94,10 +95,10 @@ struct ParameterName {
 template <typename C>
 class ClassTable : public MemberTable {
  public:
-  // fill adds the members.
+  // fill adds the members. Raises 7 where memory ends, which leaves the table to be made at the next try.
   template <typename Fill>
   ClassTable(const char* zvClassName, Fill fill) : MemberTable(zvClassName) {
-    fill(*this);
+    OrOutOfMemory([&] { fill(*this); });
   }
 
   template <typename R>
@@ -134,10 +135,12 @@ class ClassTable : public MemberTable {
 
   template <typename R, typename... A, typename... P>
   ClassTable& Method(const char* zvName, R (C::*method)(A...), P... parameters) {
+    static_assert(sizeof...(P) == sizeof...(A), "each parameter has a name");
     return AddMethod<R, A...>(zvName, method, {ParameterName(std::move(parameters))...});
   }
   template <typename R, typename... A, typename... P>
   ClassTable& Method(const char* zvName, R (C::*method)(A...) const, P... parameters) {
+    static_assert(sizeof...(P) == sizeof...(A), "each parameter has a name");
     return AddMethod<R, A...>(zvName, method, {ParameterName(std::move(parameters))...});
   }
 
