@@ -11,9 +11,13 @@
 
 namespace qm_ordering::c_interface {
 
+void RaiseNullPointer(const char* zvWhat) {
+  throw Failure(failure::kInvalidCall, std::string("The ") + zvWhat + " is a null pointer.");
+}
+
 std::string_view Required(const char* zvText, const char* zvWhat) {
   if (zvText == nullptr) {
-    throw Failure(failure::kInvalidCall, std::string("The ") + zvWhat + " is a null pointer.");
+    RaiseNullPointer(zvWhat);
   }
   return zvText;
 }

@@ -9,12 +9,16 @@
 // What goes through the C interface.
 namespace qm_ordering::c_interface {
 
-// A name or path that must be there. Raises kInvalidCall for a null pointer; zvWhat names it.
+// Raises kInvalidCall for a null pointer; zvWhat names what it is.
+[[noreturn]] void RaiseNullPointer(const char* zvWhat);
+// A name or path that must be there; raises that failure.
 std::string_view Required(const char* zvText, const char* zvWhat);
-// Where an answer goes. Raises kInvalidCall for a null pointer.
+// Where an answer goes; raises that failure.
 template <typename T>
 T& RequiredPlace(T* place) {
-  Required(place == nullptr ? nullptr : "", "place for the answer");
+  if (place == nullptr) {
+    RaiseNullPointer("place for the answer");
+  }
   return *place;
 }
 
