@@ -18,7 +18,7 @@ class QM_ORDERING_API Object {
   // The name under which CreateObject makes one, without the library's prefix: "CurrentOrder".
   virtual const char* ClassName() const noexcept = 0;
 
-  // The members that can be read, written and called by name (LateBinding.h).
+  // The members that can be read, written and called by name (LateBinding.h). Raises 7 when memory ends.
   virtual const ClassInfo& Members() const = 0;
 
   // Whether the calling thread made the object. In a child of fork no object of the parent does.
