@@ -195,7 +195,7 @@ TEST_F(LateBinding, WritesEachPropertyThatCanBeWrittenAndRefusesTheOthers) {
         std::erase(zReadable, member.Name);
       }
     }
-    // None has changed another one; but an order's id goes to its details, too.
+    // None has changed another one.
     for (const auto& [zMember, vValue] : written) {
       EXPECT_EQ(Get(oObject, zMember), vValue) << zName << "." << zMember;
     }
