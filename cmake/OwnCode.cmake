@@ -2,8 +2,8 @@
 add_library(qm_ordering_own_code INTERFACE)
 target_compile_options(
   qm_ordering_own_code
-  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
-            -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef -Werror)
+  INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wcast-qual -Wformat=2 -Wundef -Werror
+            $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
 if(QM_ORDERING_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     message(FATAL_ERROR "QM_ORDERING_FUZZ needs clang++, whose fuzzer it uses: configure with "

@@ -26,7 +26,10 @@ std::string_view TextOf(const char* data, size_t length) {
   if (length == 0) {
     return {};
   }
-  Required(data, "text");
+  // It need not end with a zero byte, so its end is not looked for.
+  if (data == nullptr) {
+    RaiseNullPointer("text");
+  }
   return {data, length};
 }
 

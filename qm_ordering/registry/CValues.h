@@ -9,9 +9,9 @@
 // What goes through the C interface.
 namespace qm_ordering::c_interface {
 
-// Raises kInvalidCall for a null pointer; zvWhat names what it is.
+// Raises kInvalidCall for the pointer that zvWhat names.
 [[noreturn]] void RaiseNullPointer(const char* zvWhat);
-// A name or path that must be there; raises that failure.
+// A name or path, zero-terminated, that must be there. Raises kInvalidCall for a null pointer.
 std::string_view Required(const char* zvText, const char* zvWhat);
 // Where an answer goes; raises that failure.
 template <typename T>

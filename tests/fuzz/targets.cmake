@@ -1,1 +1,1 @@
-set(FUZZ_TARGETS catalogue_csv connection_string dbase_table settings_file sql_lexer sql_literal xml_load)
+set(FUZZ_TARGETS c_interface catalogue_csv connection_string dbase_table settings_file sql_lexer sql_literal xml_load)
