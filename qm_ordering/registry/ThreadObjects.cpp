@@ -64,6 +64,8 @@ void ThreadObjects::Enlist() {
   m_oNumbers.clear();
   m_oKept.clear();
   const std::lock_guard lock(g_oThreads.Lock);
+  m_lPosted.clear();
+  m_bPosted.store(false, std::memory_order_relaxed);
   g_oThreads.Enlisted[lThread] = this;
   m_lThread = lThread;
 }
@@ -131,7 +133,8 @@ void ThreadObjects::Post(Number lvNumber) {
 }
 
 void ThreadObjects::ReleasePosted() noexcept {
-  if (!m_bPosted.load(std::memory_order_acquire)) {
+  // In a child of fork they are the parent's, to be released there.
+  if (!m_bPosted.load(std::memory_order_acquire) || m_lThread != ThisThread()) {
     return;
   }
   std::vector<Number> lPosted;
