@@ -183,7 +183,8 @@ QM_ORDERING_C_API int32_t qm_ordering_call(qm_ordering_object object, const char
 // Begins a walk over a collection. The caller owns one reference to the enumeration, which keeps the
 // collection alive; members that are added meanwhile are met at the end. 438 for what is no collection.
 QM_ORDERING_C_API int32_t qm_ordering_enumerate(qm_ordering_object object, qm_ordering_object* enumeration);
-// The next member, which is the caller's; a missing value when there are no more.
+// The next member, which is the caller's; a missing value when there are no more. After failure 7 the walk may
+// have passed a member that it did not give: begin a new one.
 QM_ORDERING_C_API int32_t qm_ordering_next(qm_ordering_object enumeration, qm_ordering_value* member);
 
 // The class of an object, "CurrentOrder". Belongs to the library.

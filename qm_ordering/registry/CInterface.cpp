@@ -216,6 +216,10 @@ int32_t qm_ordering_enumerate(qm_ordering_object object, qm_ordering_object* enu
 }
 
 int32_t qm_ordering_next(qm_ordering_object enumeration, qm_ordering_value* member) {
+  if (member == nullptr) {
+    // Nobody could tell when the walk ends.
+    return Answer([] { c_interface::RaiseNullPointer("place for the answer"); });
+  }
   return Use(CallMethod, enumeration, "Next", nullptr, 0, member);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <iterator>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 #include "qm_ordering/foundation/members/Late.h"
@@ -33,9 +35,10 @@ class EnumerationOf : public Enumeration {
     if (m_oNext == std::default_sentinel) {
       return Variant::Missing();
     }
-    auto oMember = *m_oNext;
+    using Member = std::remove_cvref_t<decltype(*m_oNext)>;
+    Variant vMember = Late<Member>::ToVariant(*m_oNext);
     ++m_oNext;
-    return Late<decltype(oMember)>::ToVariant(std::move(oMember));
+    return vMember;
   }
 
  private:
