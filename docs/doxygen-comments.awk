@@ -7,11 +7,20 @@ function shown(text) {
   return text
 }
 
+# The comment at the head of a header with functions outside of any class and namespace: without it Doxygen leaves
+# them out.
+/^#define [A-Z_]+_H$/ {
+  print
+  head = 1
+  next
+}
 /^ *\/\/ / || /^ *\/\/$/ {
   if (!commented) kept = ""
   sub(/\/\//, "")
   line = "///" shown($0)
   kept = kept line "\n"
+  if (head) print "/// @file"
+  head = 0
   print line
   commented = 1
   next

@@ -4,21 +4,19 @@
 // The library for hosts in C, and in every language that calls C. Objects are made by the names of their
 // classes and used by the names of their members; qm_ordering_describe says what there is.
 //
-//   qm_ordering_object order = 0;
-//   if (qm_ordering_create("CurrentOrder", &order) != 0) { ... }
-//   qm_ordering_value count = {0};
-//   qm_ordering_call(order, "ItemCount", NULL, 0, &count);
-//   qm_ordering_release(order);
+//     qm_ordering_object order = 0;
+//     if (qm_ordering_create("CurrentOrder", &order) != 0) { ... }
+//     qm_ordering_value count = {0};
+//     qm_ordering_call(order, "ItemCount", NULL, 0, &count);
+//     qm_ordering_release(order);
 //
 // What holds for every function:
 //
 // - It answers 0, or the number of the failure (see the table in the README). qm_ordering_get_failure then
-// has
-//   the failure's text. What it would have given is a missing value, 0 or NULL then. Nothing is thrown, and
-//   a function never ends the program.
+//   has the failure's text. What it would have given is a missing value, 0 or NULL then. Nothing is thrown,
+//   and a function never ends the program.
 // - A failure of the call is one thing, the error record of an object (its property Error) another, as in
-// C++:
-//   most members of orders and lists report through the record, and the call answers 0.
+//   C++: most members of orders and lists report through the record, and the call answers 0.
 // - Class and member names are zero-terminated, in any letter case. Texts are UTF-8 with their length and may
 //   hold zero bytes. A NULL where a pointer is needed is failure 5.
 // - Texts, values and structures that a host hands over are only read during the call. A value that the
@@ -26,13 +24,13 @@
 // - An object stays with the thread that made it. Another thread, or a process that was forked from its own,
 //   gets failure -2147417842. What a thread still holds ends with it.
 // - A callback runs on the thread that called the library, within that call. It must not let an exception or
-// a
-//   longjmp through. It may use the library, where the function that took it does not say otherwise.
+//   a longjmp through. It may use the library, where the function that took it does not say otherwise.
 
 #include <stddef.h>
 #include <stdint.h>
 
 #if defined(__GNUC__)
+// What the library exports.
 #define QM_ORDERING_C_API __attribute__((visibility("default")))
 #else
 #define QM_ORDERING_C_API
@@ -183,8 +181,8 @@ QM_ORDERING_C_API int32_t qm_ordering_call(qm_ordering_object object, const char
 // Begins a walk over a collection. The caller owns one reference to the enumeration, which keeps the
 // collection alive; members that are added meanwhile are met at the end. 438 for what is no collection.
 QM_ORDERING_C_API int32_t qm_ordering_enumerate(qm_ordering_object object, qm_ordering_object* enumeration);
-// The next member, which is the caller's; a missing value when there are no more. After failure 7 the walk may
-// have passed a member that it did not give: begin a new one.
+// The next member, which is the caller's; a missing value when there are no more. After failure 7 the walk
+// may have passed a member that it did not give: begin a new one.
 QM_ORDERING_C_API int32_t qm_ordering_next(qm_ordering_object enumeration, qm_ordering_value* member);
 
 // The class of an object, "CurrentOrder". Belongs to the library.
