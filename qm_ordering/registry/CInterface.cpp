@@ -86,7 +86,7 @@ std::vector<Variant> ArgumentsOf(const qm_ordering_value* arguments, size_t coun
   if (count > kMostArguments) {
     throw Failure(failure::kWrongArgumentCount, "No member takes " + std::to_string(count) + " arguments.");
   }
-  RequiredPlace(arguments);
+  RequiredPlace(arguments, "list of the arguments");
   vArguments.reserve(count);
   for (const qm_ordering_value& argument : std::span(arguments, count)) {
     vArguments.push_back(c_interface::FromC(argument));
@@ -190,7 +190,7 @@ int32_t qm_ordering_release(qm_ordering_object object) {
 }
 
 int32_t qm_ordering_clear(qm_ordering_value* value) {
-  return Answer([&] { c_interface::Clear(RequiredPlace(value)); });
+  return Answer([&] { c_interface::Clear(RequiredPlace(value, "value")); });
 }
 
 int32_t qm_ordering_get(qm_ordering_object object, const char* member, const qm_ordering_value* arguments,
@@ -207,7 +207,7 @@ int32_t qm_ordering_put(qm_ordering_object object, const char* member, const qm_
   return Answer([&] {
     const std::shared_ptr<Object> oObject = ThreadObjects::OfThisThread().Find(object);
     PutProperty(oObject, member == nullptr ? std::string_view() : member,
-                c_interface::FromC(RequiredPlace(value)));
+                c_interface::FromC(RequiredPlace(value, "value")));
   });
 }
 

@@ -13,11 +13,11 @@ namespace qm_ordering::c_interface {
 [[noreturn]] void RaiseNullPointer(const char* zvWhat);
 // A name or path, zero-terminated, that must be there. Raises kInvalidCall for a null pointer.
 std::string_view Required(const char* zvText, const char* zvWhat);
-// Where an answer goes; raises that failure.
+// What a pointer leads to, the place for the answer unless it is named; raises that failure.
 template <typename T>
-T& RequiredPlace(T* place) {
+T& RequiredPlace(T* place, const char* zvWhat = "place for the answer") {
   if (place == nullptr) {
-    RaiseNullPointer("place for the answer");
+    RaiseNullPointer(zvWhat);
   }
   return *place;
 }
