@@ -27,8 +27,20 @@ bool FailsNow() noexcept {
          (t_sequence.GoesOn && t_sequence.Count > t_sequence.Position);
 }
 
+}  // namespace
+
+// What the library's own objects call as malloc is the first of these (an option of the linker); the second
+// one is malloc itself.
+extern "C" void* __wrap_malloc(std::size_t lvSize) noexcept;
+extern "C" void* __real_malloc(std::size_t lvSize) noexcept;
+extern "C" void* __wrap_malloc(std::size_t lvSize) noexcept {
+  return FailsNow() ? nullptr : __real_malloc(lvSize);
+}
+
+namespace {
+
 void* Allocate(std::size_t lvSize) noexcept {
-  return FailsNow() ? nullptr : std::malloc(lvSize == 0 ? 1 : lvSize);
+  return FailsNow() ? nullptr : __real_malloc(lvSize == 0 ? 1 : lvSize);
 }
 
 void* AllocateOrThrow(std::size_t lvSize) {
