@@ -24,6 +24,7 @@ class Texts : public Object {
 
   // The text at that position, from 1. Raises kIndexOutOfBounds.
   const std::string& Item(std::int32_t lvPosition) const;
+  // The number of texts.
   std::int32_t Count() const { return static_cast<std::int32_t>(m_zTexts.size()); }
 
   class Iterator {
@@ -41,6 +42,7 @@ class Texts : public Object {
     const std::vector<std::string>& Texts;
     Iterator begin() const { return Iterator(Texts); }
   };
+  // The texts in their order.
   Enumerator NewEnum() const { return {m_zTexts}; }
 
  private:
