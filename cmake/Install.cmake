@@ -1,5 +1,5 @@
 # What is installed where, and how another project finds it. The components are the parts of the Debian packages:
-# library, development, tools.
+# library, development, tools, python.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

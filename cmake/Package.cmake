@@ -1,5 +1,5 @@
-# `cpack -G DEB` in a build folder of the preset "package" makes three Debian packages: the library, what is needed to
-# build against it, and the tools.
+# `cpack -G DEB` in a build folder of the preset "package" makes the Debian packages: the library, what is needed to build
+# against it, the tools, and the package for Python.
 if(NOT PROJECT_IS_TOP_LEVEL OR NOT BUILD_SHARED_LIBS OR NOT QM_ORDERING_BUILD_HOST)
   return()
 endif()
@@ -20,6 +20,9 @@ set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
                                                 WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL library development tools)
+if(QM_ORDERING_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -54,6 +57,14 @@ qm_ordering_describe(
   TOOLS utils "command-line program"
   "This package holds the program qm-ordering: it builds, checks and submits the
 order, and makes, checks, backs up and restores the store.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-qm-ordering)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${EXACT_LIBRARY}, python3 (>= 3.11)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/python/postinst
+                                              ${PROJECT_SOURCE_DIR}/cmake/debian/python/prerm)
+qm_ordering_describe(
+  PYTHON python "package for Python"
+  "This package holds the package qm_ordering for hosts in Python.")
 
 # What Debian wants beside each package; not part of `cmake --install`.
 set(DOCUMENTS ${PROJECT_BINARY_DIR}/debian)
