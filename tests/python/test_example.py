@@ -68,3 +68,11 @@ def test_what_the_example_refuses(source, tmp_path):
     (tmp_path / "file").touch()
     process = run(source, "--store", tmp_path / "file")
     assert process.returncode == 1 and process.stderr.startswith("error 75: ")
+
+
+def test_the_order_of_the_guide(source, tmp_path):
+    text = (source / "docs/python.md").read_text()
+    (program,) = re.findall("```python\n(.*?)```", text, re.DOTALL)
+    process = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True, cwd=tmp_path)
+    assert (process.stderr, process.returncode) == ("", 0)
+    assert process.stdout == "4QX17 206.5050\n[('', Decimal('206.5050'))]\n"
