@@ -472,6 +472,8 @@ for interval in range(1, 61):
         signal.setitimer(signal.ITIMER_REAL, interval * 7e-5)
         while True:
             order.LoadItems(0)
+            for item in order.OrderDetails.OrderItems:
+                item.Quantity
     except KeyboardInterrupt:
         arrived += 1
 signal.setitimer(signal.ITIMER_REAL, 0)

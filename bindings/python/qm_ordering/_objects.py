@@ -14,32 +14,32 @@ classes: dict[str, type["Object"]] = {}
 
 
 class _Reference(weakref.ref["Object"]):
-    __slots__ = ("number",)
-    number: int
+    __slots__ = ("_as_parameter_",)
+    _as_parameter_: int
 
 
 # The Python object of each number that the library has given, so that one object of the library is one object here.
 _references: dict[int, _Reference] = {}
-
-
-def _dropped(
-    reference: _Reference,
-    # Globals of a module may be gone at the interpreter's end.
-    references: dict[int, _Reference] = _references,
-    release: Any = _library.release,
-) -> None:
-    """Gives the library's reference back. Called when nothing can reach the object any more, from any thread: a
-    finaliser could still be found through _references, and would give back what is in use again."""
-    if references.get(reference.number) is reference:
-        del references[reference.number]
-    release(reference.number)
+_sweep_at = 1000
 
 
 def _bind(self: "Object", number: int) -> None:
+    """Makes this the object of the number; the caller's reference to that in the library becomes its own.
+
+    It is given back when nothing can reach the object any more, on any thread. What does it is the library's function
+    itself, to which ctypes hands the number of the weak reference: no instruction of Python runs then. At one the
+    handler of a signal might raise, which would be lost, and another thread might be answered the number again.
+    """
+    global _sweep_at
     self._number = number
-    reference = _Reference(self, _dropped)  # type: ignore[arg-type]
-    reference.number = number
+    reference = _Reference(self, _library.release)
+    reference._as_parameter_ = number
     _references[number] = reference
+    if len(_references) > _sweep_at:
+        for dead, reference in list(_references.items()):
+            if reference() is None and _references.get(dead) is reference:
+                del _references[dead]
+        _sweep_at = 2 * len(_references) + 1000
 
 
 def object_of(number: int) -> "Object | None":
