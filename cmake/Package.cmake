@@ -1,5 +1,5 @@
-# `cpack -G DEB` in a build folder of the preset "package" makes the Debian packages: the library, what is needed to build
-# against it, the tools, and the package for Python.
+# `cpack -G DEB` in a build folder of the preset "package" makes the Debian packages: the library, what is needed to
+# build against it, the tools, and the package for Python.
 if(NOT PROJECT_IS_TOP_LEVEL OR NOT BUILD_SHARED_LIBS OR NOT QM_ORDERING_BUILD_HOST)
   return()
 endif()

@@ -4,7 +4,6 @@ import inspect
 import pickle
 import pydoc
 import weakref
-from decimal import Decimal
 
 import pytest
 

@@ -3,7 +3,6 @@
 import ctypes
 import gc
 import multiprocessing
-import os
 import threading
 
 import pytest

@@ -193,8 +193,8 @@ def test_values_of_any_kind():
 
 def test_no_value_for_an_argument_that_may_be_left_out():
     list_ = qm_ordering.PersonalList()
-    for leave_out in (lambda: list_.LoadSummary(), lambda: list_.LoadSummary(None), lambda: list_.LoadSummary(vvListID=None)):
-        leave_out()
+    for arguments, keywords in (((), {}), ((None,), {}), ((), {"vvListID": None})):
+        list_.LoadSummary(*arguments, **keywords)
         assert list_.Error.Number == 9
     list_.LoadSummary("no number")
     assert list_.Error.Number == 10

@@ -123,8 +123,8 @@ class SettingsComponent:
     """What a host derives from to hand its settings to the library; see install_settings."""
 
     def user_setting(self, key: str) -> str | None:
-        """The user's setting of that key, as "OrderingDatabasePath", the folder of the store; None or the empty text when
-        it is unset."""
+        """The user's setting of that key, as "OrderingDatabasePath", the folder of the store; None or the empty text
+        when it is unset."""
         raise NotImplementedError(f"{type(self).__qualname__} has no user_setting")
 
     def order_default(self, key: str) -> str | None:

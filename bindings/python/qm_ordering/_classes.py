@@ -1,14 +1,12 @@
 """The library's classes, made from its own description of them."""
 
-import inspect
-import types
 from ctypes import POINTER, byref, c_size_t
-from typing import Any, Callable, Iterator, NamedTuple
+from typing import Any, NamedTuple
 
 from . import _contracts, _library, _objects, _values
 from ._callbacks import Importer
 from ._failure import raise_failure, raised
-from ._library import METHOD, MISSING, PROPERTY_GET, Value
+from ._library import METHOD, PROPERTY_GET, Value
 from ._objects import Collection, ErrorRecord, Object, Walk, answer, call, fill
 from ._values import Filler
 

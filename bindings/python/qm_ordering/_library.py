@@ -143,8 +143,8 @@ version(ctypes.byref(_text))
 LIBRARY_VERSION = (_text.value or b"").decode()
 if not _fits(LIBRARY_VERSION):
     raise ImportError(
-        f"qm_ordering: the library {_waiting._name} is of version {LIBRARY_VERSION}, this package of version {VERSION}. "
-        "Install both of one version."
+        f"qm_ordering: the library {_waiting._name} is of version {LIBRARY_VERSION}, this package of version "
+        f"{VERSION}. Install both of one version."
     )
 
 _object = c_uint64

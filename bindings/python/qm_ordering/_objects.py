@@ -138,8 +138,8 @@ class Object:
 
     def __reduce_ex__(self, protocol: Any) -> Any:
         raise TypeError(
-            f"cannot copy or pickle '{type(self).__qualname__}' object: it stands for one object of the library in this "
-            "process"
+            f"cannot copy or pickle '{type(self).__qualname__}' object: it stands for one object of the library in "
+            "this process"
         )
 
 
