@@ -2,7 +2,7 @@
 
 import weakref
 from ctypes import byref, c_char_p, c_uint64
-from typing import Any, Iterator
+from typing import Any, Iterator, Self
 
 from . import _library, _values
 from ._failure import QMFailure, raise_failure, raised, run
@@ -117,7 +117,7 @@ class Object:
     _number: int
     _creatable = False
 
-    def __new__(cls) -> Any:
+    def __new__(cls) -> Self:
         name = next((base.__name__ for base in cls.__mro__ if classes.get(base.__name__) is base), None)
         if name is None or not classes[name]._creatable:
             raise TypeError(f"cannot create '{cls.__name__}' objects: the library's members answer them")

@@ -22,7 +22,7 @@ class Texts : public Object {
   static const ClassInfo& ClassMembers();
   const ClassInfo& Members() const override { return ClassMembers(); }
 
-  // The text at that position, from 1. Raises kIndexOutOfBounds.
+  // The text at that position, from 1. Raises 9 for any other.
   const std::string& Item(std::int32_t lvPosition) const;
   // The number of texts.
   std::int32_t Count() const { return static_cast<std::int32_t>(m_zTexts.size()); }
