@@ -154,7 +154,8 @@ QM_ORDERING_C_API int32_t qm_ordering_create(const char* class_name, qm_ordering
 QM_ORDERING_C_API int32_t qm_ordering_retain(qm_ordering_object object);
 // Takes one of the caller's references away; the object ends with the last one. 0 is left alone. The one
 // function that any thread may call: another thread's object ends at that thread's next call of the library,
-// or with the thread. 91 for an object that was released, -2147417842 in a process that was forked meanwhile.
+// or with the thread. 91 for an object that was released, -2147417842 in a process that was forked meanwhile,
+// 7 when there is no memory to tell the other thread, which then keeps the object.
 QM_ORDERING_C_API int32_t qm_ordering_release(qm_ordering_object object);
 
 // Ends a value that the library gave: frees its text, releases its object, and makes it missing. Values of
@@ -260,7 +261,7 @@ QM_ORDERING_C_API int32_t qm_ordering_check_order_store(qm_ordering_object* find
 QM_ORDERING_C_API int32_t qm_ordering_repair_order_store(qm_ordering_object* changes);
 
 // How far a copy of the store is, in pages. Answers 0, or the number of a failure that ends the work, which
-// has changed nothing then, with the reply as its description.
+// has changed nothing then, with the reply in its description.
 typedef int32_t (*qm_ordering_store_progress)(int64_t done, int64_t in_all, qm_ordering_reply* reply,
                                               void* payload);
 // Copies this thread's store as it is at one moment into one whole file. Gives a collection of texts: the
