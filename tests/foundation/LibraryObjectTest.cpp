@@ -11,6 +11,7 @@
 #include "qm_ordering/foundation/Globals.h"
 #include "qm_ordering/platform/value/Failure.h"
 #include "tests/support/MemorySettings.h"
+#include "tests/support/NoMembers.h"
 #include "tests/support/RaisedNumber.h"
 
 namespace {
@@ -21,6 +22,7 @@ using test::RaisedNumber;
 class Thing : public qm_ordering::LibraryObject {
  public:
   const char* ClassName() const noexcept override { return "Thing"; }
+  const qm_ordering::ClassInfo& Members() const override { return test::NoMembers(); }
 };
 
 TEST(LibraryObject, RunsTheStartUpBeforeTheFirstObjectAlone) {

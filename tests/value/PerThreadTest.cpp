@@ -10,6 +10,7 @@
 #include "qm_ordering/foundation/LastFailure.h"
 #include "qm_ordering/foundation/LibraryObject.h"
 #include "tests/support/MemorySettings.h"
+#include "tests/support/NoMembers.h"
 #include "tests/support/RaisedNumber.h"
 
 namespace {
@@ -24,6 +25,7 @@ struct Counter {
 class Thing : public qm_ordering::LibraryObject {
  public:
   const char* ClassName() const noexcept override { return "Thing"; }
+  const qm_ordering::ClassInfo& Members() const override { return test::NoMembers(); }
 };
 
 // What a host's own object finds that ends after the library's per-thread values.

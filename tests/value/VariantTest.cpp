@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/support/NoMembers.h"
 #include "tests/support/RaisedNumber.h"
 
 namespace {
@@ -24,6 +25,7 @@ using test::RaisedNumber;
 class Thing : public qm_ordering::Object {
  public:
   const char* ClassName() const noexcept override { return "Thing"; }
+  const qm_ordering::ClassInfo& Members() const override { return test::NoMembers(); }
 };
 
 enum Unscoped { kUnscoped };
