@@ -245,7 +245,9 @@ last.itself = last
 if sys.argv[2] == "exit":
     sys.exit(0)
 elif sys.argv[2] == "daemon":
-    threading.Thread(target=lambda: (host(), threading.Event().wait()), daemon=True).start()
+    ready = threading.Event()
+    threading.Thread(target=lambda: (host(), ready.set(), threading.Event().wait()), daemon=True).start()
+    ready.wait()
 """
 
 
