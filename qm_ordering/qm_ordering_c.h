@@ -153,9 +153,10 @@ QM_ORDERING_C_API int32_t qm_ordering_create(const char* class_name, qm_ordering
 // Adds a reference to the caller's. 91 for 0 and for an object that was released.
 QM_ORDERING_C_API int32_t qm_ordering_retain(qm_ordering_object object);
 // Takes one of the caller's references away; the object ends with the last one. 0 is left alone. The one
-// function that any thread may call: another thread's object ends at that thread's next call of the library,
-// or with the thread. 91 for an object that was released, -2147417842 in a process that was forked meanwhile,
-// 7 when there is no memory to tell the other thread, which then keeps the object.
+// function that any thread may call: another thread's object ends at that thread's next call that uses one,
+// or with the thread; so it is not known whether that still has it. 91 for an object of this thread that was
+// released, -2147417842 in a process that was forked meanwhile, 7 when there is no memory to tell the other
+// thread, which then keeps the object.
 QM_ORDERING_C_API int32_t qm_ordering_release(qm_ordering_object object);
 
 // Ends a value that the library gave: frees its text, releases its object, and makes it missing. Values of
@@ -165,7 +166,9 @@ QM_ORDERING_C_API int32_t qm_ordering_clear(qm_ordering_value* value);
 // Reads a property, or what a method answers. Arguments only where the class says so: NULL, 0. member "" or
 // NULL is the default member, Item of a collection. result may be NULL. A text or an object in it is the
 // caller's. 91 for no object, 438 for a member that there is not, 450 and 449 for too many arguments and a
-// lacking one, 13, 6 or 94 for an argument that cannot be converted; and what the member raises.
+// lacking one, 13, 6 or 94 for an argument that cannot be converted, 5 for a kind or a date that there is
+// not, 91 and -2147417842 for an argument's object that was released or is another thread's; and what the
+// member raises.
 QM_ORDERING_C_API int32_t qm_ordering_get(qm_ordering_object object, const char* member,
                                           const qm_ordering_value* arguments, size_t count,
                                           qm_ordering_value* result);
@@ -196,8 +199,8 @@ QM_ORDERING_C_API int32_t qm_ordering_describe(const char* class_name, const qm_
 // How a callback answers a text: the value that was asked for, or the description of its failure. It is there
 // during the callback alone.
 typedef struct qm_ordering_reply qm_ordering_reply;
-// Sets the text of the reply, of which the library makes a copy. 7 when memory ends, which is then the
-// callback's failure, too.
+// Sets the text of the reply, of which the library makes a copy. 5 for a NULL, 7 when memory ends, which is
+// then the callback's failure, too; qm_ordering_get_failure does not tell of either.
 QM_ORDERING_C_API int32_t qm_ordering_answer(qm_ordering_reply* reply, const char* data, size_t length);
 
 // A settings component of the host. Every function answers 0, or the number of a failure whose description is
@@ -219,7 +222,7 @@ typedef struct qm_ordering_settings {
   // "AccountNumber".
   int32_t (*registration)(const char* field, qm_ordering_reply* value, void* payload);
   // Called once when the library is done with the component: when another takes its place, or its thread
-  // ends.
+  // ends, in which case the library makes no more objects.
   void (*dispose)(void* payload);
 } qm_ordering_settings;
 
@@ -235,7 +238,9 @@ QM_ORDERING_C_API int32_t qm_ordering_install_settings_file(const char* file);
 typedef int32_t (*qm_ordering_trace)(const char* data, size_t length, qm_ordering_reply* reply,
                                      void* payload);
 // Shows this thread's statements from now on, each as the library built it; NULL ends it. The texts hold
-// customers' data. The payload must be there until another one is set, or the thread has ended.
+// customers' data. The trace may use the library, but not the object whose statement it shows, which fails
+// with 5 in the middle of its work on the store. The payload must be there until another one is set, or the
+// thread has ended.
 QM_ORDERING_C_API int32_t qm_ordering_set_statement_trace(qm_ordering_trace trace, void* payload);
 
 // How far an import is: purchase orders begun, lines done, lines that there are. Answers 0 and leaves *go_on

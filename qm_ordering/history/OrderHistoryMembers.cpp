@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& OrderHistory::ClassMembers() {
   using Class = OrderHistory;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.Method(QM_MEMBER(LoadOrders), ParameterName("lvSortOrder", 0))
         .Method(QM_MEMBER(DeleteOrder), "lvOrderID")
         .Method(QM_MEMBER(ItemExists), "zvPONumber")
@@ -16,7 +16,6 @@ const ClassInfo& OrderHistory::ClassMembers() {
         .Enumerates(QM_MEMBER(NewEnum))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

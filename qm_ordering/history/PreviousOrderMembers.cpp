@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& PreviousOrder::ClassMembers() {
   using Class = PreviousOrder;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(OrderID))
         .ReadWrite(QM_PROPERTY(OrderDetails))
         .ReadOnly(QM_MEMBER(PurchaseOrderNumber))
@@ -15,7 +15,6 @@ const ClassInfo& PreviousOrder::ClassMembers() {
         .Method(QM_MEMBER(LoadSummary), ParameterName("vvOrderID", Variant::Missing()))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

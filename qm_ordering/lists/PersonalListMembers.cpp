@@ -7,7 +7,7 @@ namespace qm_ordering {
 
 const ClassInfo& PersonalList::ClassMembers() {
   using Class = PersonalList;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(Name))
         .ReadWrite(QM_PROPERTY(ListID))
         .ReadWrite(QM_PROPERTY(OrderItems))
@@ -16,7 +16,6 @@ const ClassInfo& PersonalList::ClassMembers() {
         .Method(QM_MEMBER(LoadSummary), ParameterName("vvListID", Variant::Missing()))
         .Method(QM_MEMBER(LoadItems), ParameterName("vvListID", Variant::Missing()));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

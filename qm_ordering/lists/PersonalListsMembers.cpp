@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& PersonalLists::ClassMembers() {
   using Class = PersonalLists;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.Method(QM_MEMBER(GetName), "lvListID")
         .Method(QM_MEMBER(ListExists), "zvName")
         .Method(QM_MEMBER(CreateList), "zvName")
@@ -21,7 +21,6 @@ const ClassInfo& PersonalLists::ClassMembers() {
         .Method(QM_MEMBER(GetXML))
         .Method(QM_MEMBER(SaveAsXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& CreditCardDetails::ClassMembers() {
   using Class = CreditCardDetails;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(CardType))
         .ReadWrite(QM_PROPERTY(AccountNumber))
         .ReadWrite(QM_PROPERTY(FirstName))
@@ -32,7 +32,6 @@ const ClassInfo& CreditCardDetails::ClassMembers() {
         .ReadWrite(QM_PROPERTY(Comment4))
         .Method(QM_MEMBER(Validate));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

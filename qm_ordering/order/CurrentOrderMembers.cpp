@@ -7,7 +7,7 @@ namespace qm_ordering {
 
 const ClassInfo& CurrentOrder::ClassMembers() {
   using Class = CurrentOrder;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadOnly(QM_MEMBER(Error))
         .ReadOnly(QM_MEMBER(OrderDetails))
         .Method(QM_MEMBER(LoadSummary))
@@ -24,7 +24,6 @@ const ClassInfo& CurrentOrder::ClassMembers() {
         .Method(QM_MEMBER(ApplyRegistrationSettings))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

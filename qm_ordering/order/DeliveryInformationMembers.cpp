@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& DeliveryInformation::ClassMembers() {
   using Class = DeliveryInformation;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(DeliveryMethod))
         .ReadWrite(QM_PROPERTY(FirstName))
         .ReadWrite(QM_PROPERTY(LastName))
@@ -31,7 +31,6 @@ const ClassInfo& DeliveryInformation::ClassMembers() {
         .Method(QM_MEMBER(Validate))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

@@ -7,7 +7,7 @@ namespace qm_ordering {
 
 const ClassInfo& OrderDetails::ClassMembers() {
   using Class = OrderDetails;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(OrderID))
         .ReadWrite(QM_PROPERTY(TotalPrice))
         .ReadWrite(QM_PROPERTY(SubmitDate))
@@ -34,7 +34,6 @@ const ClassInfo& OrderDetails::ClassMembers() {
         .Method(QM_MEMBER(ApplyRegistrationSettings))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

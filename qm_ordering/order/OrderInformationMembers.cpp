@@ -6,7 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& OrderInformation::ClassMembers() {
   using Class = OrderInformation;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(PORelease))
         .ReadWrite(QM_PROPERTY(ProjectOrJobNumber))
         .ReadWrite(QM_PROPERTY(RequisitionOrApprovalName))
@@ -18,7 +18,6 @@ const ClassInfo& OrderInformation::ClassMembers() {
         .ReadWrite(QM_PROPERTY(TaxIDNumber))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

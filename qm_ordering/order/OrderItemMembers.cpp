@@ -7,7 +7,7 @@ namespace qm_ordering {
 
 const ClassInfo& OrderItem::ClassMembers() {
   using Class = OrderItem;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(OrderID))
         .ReadWrite(QM_PROPERTY(ItemNumber))
         .ReadWrite(QM_PROPERTY(Quantity))
@@ -33,7 +33,6 @@ const ClassInfo& OrderItem::ClassMembers() {
         .Method(QM_MEMBER(Validate), "lvDeliveryMethod")
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

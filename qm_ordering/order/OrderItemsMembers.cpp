@@ -6,14 +6,13 @@ namespace qm_ordering {
 
 const ClassInfo& OrderItems::ClassMembers() {
   using Class = OrderItems;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.Method(QM_MEMBER(Add), "ovOrderItem", "zvItemNumber")
         .Method(QM_MEMBER(Item), "vvKey")
         .Default("Item")
         .ReadOnly(QM_MEMBER(Count))
         .Enumerates(QM_MEMBER(NewEnum));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

@@ -6,14 +6,13 @@ namespace qm_ordering {
 
 const ClassInfo& PaymentInformation::ClassMembers() {
   using Class = PaymentInformation;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.ReadWrite(QM_PROPERTY(Method))
         .ReadWrite(QM_PROPERTY(MorvaneAccountNumber))
         .ReadOnly(QM_MEMBER(CreditCardDetails))
         .Method(QM_MEMBER(Validate))
         .Method(QM_MEMBER(GetXML));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

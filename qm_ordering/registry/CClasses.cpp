@@ -47,7 +47,8 @@ struct All {
 }  // namespace
 
 std::span<const qm_ordering_class* const> Classes() {
-  static const All all;
+  // Never destroyed: hosts may read it on other threads and at their end.
+  static const All& all = *new All;
   return all.Classes;
 }
 

@@ -231,9 +231,12 @@ int32_t qm_ordering_class_name(qm_ordering_object object, const char** class_nam
 }
 
 int32_t qm_ordering_classes(const qm_ordering_class* const** classes, size_t* count) {
+  if (count != nullptr) {
+    *count = 0;
+  }
   return Answer([&] {
     RequiredPlace(classes) = nullptr;
-    RequiredPlace(count) = 0;
+    RequiredPlace(count);
     const auto all = c_interface::Classes();
     *classes = all.data();
     *count = all.size();

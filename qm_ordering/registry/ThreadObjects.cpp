@@ -77,6 +77,10 @@ ThreadObjects::Number ThreadObjects::Keep(const std::shared_ptr<Object>& ovObjec
   Enlist();
   const auto [position, bNew] = m_oNumbers.try_emplace(ovObject.get(), 0);
   if (bNew) {
+    if (m_lThread >> (64 - kSerialBits) != 0 || (m_lSerial + 1) >> kSerialBits != 0) {
+      m_oNumbers.erase(position);
+      throw Failure(failure::kOverflow, "All numbers of objects are given. Start the program again.");
+    }
     const Number lNumber = (m_lThread << kSerialBits) | (m_lSerial + 1);
     try {
       m_oKept.try_emplace(lNumber, Kept{ovObject, 0});

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <list>
@@ -20,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "qm_ordering/foundation/Globals.h"
@@ -70,6 +72,7 @@ struct Host {
   int UntilTraceFails = -1;
   int UntilProgressFails = -1;
   int Disposed = 0;
+  std::function<void()> WithinTrace{};  // what the trace calls of the library
 };
 
 constexpr std::int32_t kHostsFailure = 4711;
@@ -116,7 +119,13 @@ void Dispose(void* payload) {
 }
 
 std::int32_t Trace(const char*, std::size_t, qm_ordering_reply* reply, void* payload) {
-  return FailsNow(static_cast<Host*>(payload)->UntilTraceFails, reply);
+  Host& host = *static_cast<Host*>(payload);
+  // Once: the statements that it causes are shown, too.
+  if (const auto within = std::exchange(host.WithinTrace, nullptr)) {
+    within();
+    host.WithinTrace = within;
+  }
+  return FailsNow(host.UntilTraceFails, reply);
 }
 
 std::int32_t ImportProgress(std::int64_t, std::int64_t lines, std::int64_t, std::int32_t* go_on,
@@ -231,6 +240,7 @@ class Session {
       Require(Call(qm_ordering_retain, held.Object) == 91, "what was released is gone");
     }
     m_oObjects.clear();
+    m_oHost.WithinTrace = nullptr;
   }
 
  private:
@@ -585,7 +595,25 @@ class Session {
 
   void SetTrace() {
     m_oHost.UntilTraceFails = static_cast<int>(Below(20)) - 1;
+    m_oHost.WithinTrace = [this] { UseWithinTrace(); };
     Call(qm_ordering_set_statement_trace, Below(4) == 0 ? nullptr : Trace, static_cast<void*>(&m_oHost));
+  }
+
+  // Objects in the middle of a call among others.
+  void UseWithinTrace() {
+    constexpr std::array<const char*, 8> kMembers = {"LoadSummary", "LoadItems",   "ItemCount",
+                                                     "ClearItems",  "SaveSummary", "SaveToHistory",
+                                                     "GetXML",      "LoadLists"};
+    if (m_oObjects.empty()) {
+      return;
+    }
+    qm_ordering_value argument{};
+    argument.kind = QM_ORDERING_INTEGER;
+    qm_ordering_value answer{};
+    Call(qm_ordering_call,
+         std::next(m_oObjects.begin(), static_cast<std::ptrdiff_t>(Below(m_oObjects.size())))->Object,
+         Pick(kMembers), &argument, Below(2), &answer);
+    Call(qm_ordering_clear, &answer);
   }
 
   void Follow() {

@@ -6,8 +6,7 @@ namespace qm_ordering {
 
 const ClassInfo& Enumeration::ClassMembers() {
   using Class = Enumeration;
-  static const ClassTable<Class> table(kClassName, [](auto& members) { members.Method(QM_MEMBER(Next)); });
-  return table.Info();
+  return MembersOnce<Class>(kClassName, [](auto& members) { members.Method(QM_MEMBER(Next)); });
 }
 
 }  // namespace qm_ordering

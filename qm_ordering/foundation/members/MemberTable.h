@@ -204,6 +204,14 @@ class ClassTable : public MemberTable {
   }
 };
 
+// What the class C offers, made at the first call. It is never destroyed: other threads, and functions that
+// run at the program's end, may still use it.
+template <typename C, typename Fill>
+const ClassInfo& MembersOnce(const char* zvClassName, Fill fill) {
+  static const auto& table = *new ClassTable<C>(zvClassName, fill);
+  return table.Info();
+}
+
 // A member's name and the pointer to it, in a function of its class.
 #define QM_MEMBER(member) #member, &Class::member
 // The same for a property that can be read and written.

@@ -7,10 +7,9 @@ namespace qm_ordering {
 template <>
 const ClassInfo& Record<ErrorInfo>::ClassMembers() {
   using Class = ErrorInfo;
-  static const ClassTable<Record> table(kClassName, [](auto& members) {
+  return MembersOnce<Record>(kClassName, [](auto& members) {
     members.ReadOnly(QM_MEMBER(Number)).ReadOnly(QM_MEMBER(Description));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

@@ -15,13 +15,12 @@ const std::string& Texts::Item(std::int32_t lvPosition) const {
 
 const ClassInfo& Texts::ClassMembers() {
   using Class = Texts;
-  static const ClassTable<Class> table(kClassName, [](auto& members) {
+  return MembersOnce<Class>(kClassName, [](auto& members) {
     members.Method(QM_MEMBER(Item), "lvPosition")
         .Default("Item")
         .ReadOnly(QM_MEMBER(Count))
         .Enumerates(QM_MEMBER(NewEnum));
   });
-  return table.Info();
 }
 
 }  // namespace qm_ordering

@@ -65,7 +65,17 @@ void Connection::Open(const std::string& zvConnectionString) {
   m_oSession = OpenSession(zvConnectionString);
 }
 
+void Connection::Close() noexcept {
+  if (!m_bTracing) {
+    m_oSession.reset();
+  }
+}
+
 Session& Connection::OpenedSession() {
+  if (m_bTracing) {
+    throw Failure(failure::kInvalidCall,
+                  "The statement trace may not use the object whose statement it shows.");
+  }
   if (m_oSession == nullptr) {
     throw Failure(failure::kClosedObject, "The connection is closed.");
   }
@@ -74,30 +84,45 @@ Session& Connection::OpenedSession() {
 
 std::unique_ptr<Recordset> Connection::Execute(const std::string& zvSQL) {
   Session& session = OpenedSession();
-  TraceStatement(zvSQL);
+  Trace(zvSQL);
   return Recordset::Live(session.Execute(zvSQL));
 }
 
 std::unique_ptr<Recordset> Connection::OpenDetached(const std::string& zvSQL) {
   Session& session = OpenedSession();
-  TraceStatement(zvSQL);
+  Trace(zvSQL);
   return Recordset::Detached(session.Execute(zvSQL));
 }
 
 TableRecordset Connection::OpenTable(const std::string& zvTable) {
   Session& session = OpenedSession();
-  TraceStatement(zvTable);
+  Trace(zvTable);
   return {session, zvTable};
 }
 
 BatchRecordset Connection::OpenBatch(const std::string& zvSQL) {
   Session& session = OpenedSession();
-  TraceStatement(zvSQL);
+  Trace(zvSQL);
   return {session, zvSQL};
 }
 
-void Connection::Refuse(const std::string& zvSQL, const std::string& zvWhy) {
+void Connection::Trace(const std::string& zvSQL) {
+  class Tracing {
+   public:
+    explicit Tracing(bool& orTracing) : m_bTracing(orTracing) { m_bTracing = true; }
+    ~Tracing() { m_bTracing = false; }
+    Tracing(const Tracing&) = delete;
+    Tracing& operator=(const Tracing&) = delete;
+
+   private:
+    bool& m_bTracing;
+  };
+  const Tracing tracing(m_bTracing);
   TraceStatement(zvSQL);
+}
+
+void Connection::Refuse(const std::string& zvSQL, const std::string& zvWhy) {
+  Trace(zvSQL);
   throw Failure(failure::kStoreCommand, zvWhy);
 }
 

@@ -17,7 +17,7 @@ class Connection {
   Connection() = default;
   // On a session that was opened already.
   explicit Connection(std::unique_ptr<Session> oSession) : m_oSession(std::move(oSession)) {}
-  ~Connection() { Close(); }
+  ~Connection() = default;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
@@ -25,10 +25,12 @@ class Connection {
   void Open(const std::string& zvConnectionString);
   bool IsOpen() const { return m_oSession != nullptr; }
 
-  // Rolls back what is not committed and closes the live result sets.
-  void Close() noexcept { m_oSession.reset(); }
+  // Rolls back what is not committed and closes the live result sets. Does nothing within the trace of a
+  // statement, which needs the connection.
+  void Close() noexcept;
 
-  // These raise kClosedObject on a closed connection, and what the provider raises.
+  // These raise kClosedObject on a closed connection, kInvalidCall within the trace of one of its statements,
+  // and what the provider raises.
 
   // A live result set; a closed one for a statement that is not a query.
   std::unique_ptr<Recordset> Execute(const std::string& zvSQL);
@@ -51,9 +53,13 @@ class Connection {
   std::vector<std::string> CheckIntegrity();
 
  private:
+  // Raises kInvalidCall, too, within the trace of a statement of this connection.
   Session& OpenedSession();
+  // Shows the statement to the trace.
+  void Trace(const std::string& zvSQL);
 
   std::unique_ptr<Session> m_oSession;
+  bool m_bTracing = false;
 };
 
 // A transaction for the length of a scope: rolled back at its end unless it was committed.
