@@ -85,7 +85,8 @@ def test_arguments_by_position_and_by_keyword():
         (lambda items: items.Add(None, number="A"), "got an unexpected keyword argument 'number'"),
         (lambda items: items.Item(vvKey=b"A"), "OrderItems.Item: vvKey takes None"),
         (lambda items: items.Add(None, 1), "OrderItems.Add: zvItemNumber takes a str, not int"),
-        (lambda items: CurrentOrder(1), "takes 1 positional argument but 2 were given"),
+        (lambda items: CurrentOrder(1), r"CurrentOrder\(\) takes no arguments"),
+        (lambda items: OrderItem(Quantity=1), r"OrderItem\(\) takes no arguments"),
     ],
 )
 def test_wrong_arguments_are_told_as_python_tells_them(call, message):
@@ -126,6 +127,34 @@ def test_a_class_of_the_hosts_own():
     items.Add(item, "A")
     assert items["A"] is item
     assert items["A"].Quantity == 6
+
+
+def test_a_class_of_the_hosts_own_has_its_own_constructor():
+    class Item(OrderItem):
+        def __init__(self, number, *, quantity=1):
+            super().__init__()
+            self.ItemNumber = number
+            self.Quantity = quantity
+
+    class Boxed(Item):
+        def __new__(cls, number, boxes):
+            return super().__new__(cls)
+
+        def __init__(self, number, boxes):
+            super().__init__(number, quantity=6 * boxes)
+
+    item = Item("4QX17", quantity=3)
+    assert (item.ItemNumber, item.Quantity) == ("4QX17", 3)
+    boxed = Boxed("4QX18", 2)
+    assert (boxed.ItemNumber, boxed.Quantity) == ("4QX18", 12)
+    with pytest.raises(TypeError, match="missing 1 required positional argument: 'number'"):
+        Item()
+
+    class Plain(OrderItem):
+        pass
+
+    with pytest.raises(TypeError, match=r"Plain\(\) takes no arguments"):
+        Plain("4QX17")
 
 
 def test_one_object_of_the_library_is_one_here():

@@ -28,6 +28,17 @@ item.Validate(method=0)  # bad
 
 order = CurrentOrder()
 CurrentOrder("name")  # bad
+
+
+class NumberedItem(OrderItem):
+    def __init__(self, number: str) -> None:
+        super().__init__()
+        self.ItemNumber = number
+
+
+numbered: OrderItem = NumberedItem("4QX17")
+NumberedItem(7)  # bad
+NumberedItem()  # bad
 order.AddItem(item)
 order.AddItem(order)  # bad
 order.OrderDetails.DeliveryInformation.City = "Reims"

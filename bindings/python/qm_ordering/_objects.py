@@ -2,7 +2,7 @@
 
 import weakref
 from ctypes import byref, c_char_p, c_uint64
-from typing import Any, Iterator, Self
+from typing import TYPE_CHECKING, Any, Iterator
 
 from . import _library, _values
 from ._failure import QMFailure, raise_failure, raised, run
@@ -104,6 +104,22 @@ def call(
     return answer(value)
 
 
+def _create(cls: type["Object"]) -> int:
+    """A new object of the library for this class, or one that a host has derived from it."""
+    name = next((base.__name__ for base in cls.__mro__ if classes.get(base.__name__) is base), None)
+    if name is None or not classes[name]._creatable:
+        raise TypeError(f"cannot create '{cls.__name__}' objects: the library's members answer them")
+    number = c_uint64()
+    status = run(_library.create, name.encode(), byref(number))
+    if status or raised:
+        try:
+            raise_failure(status)
+        except BaseException:
+            _library.release(number)
+            raise
+    return number.value
+
+
 class Object:
     """The base of the library's classes.
 
@@ -117,21 +133,16 @@ class Object:
     _number: int
     _creatable = False
 
-    def __new__(cls) -> Self:
-        name = next((base.__name__ for base in cls.__mro__ if classes.get(base.__name__) is base), None)
-        if name is None or not classes[name]._creatable:
-            raise TypeError(f"cannot create '{cls.__name__}' objects: the library's members answer them")
-        number = c_uint64()
-        status = run(_library.create, name.encode(), byref(number))
-        if status or raised:
-            try:
-                raise_failure(status)
-            except BaseException:
-                _library.release(number)
-                raise
-        self = super().__new__(cls)
-        _bind(self, number.value)
-        return self
+    if not TYPE_CHECKING:  # which shall know the constructors only: this takes what any of them may
+
+        def __new__(cls, *arguments, **keywords):
+            # A class of the host's may have a constructor of its own, to which Python hands the arguments.
+            if (arguments or keywords) and cls.__init__ is object.__init__:
+                raise TypeError(f"{cls.__name__}() takes no arguments")
+            number = _create(cls)
+            self = super().__new__(cls)
+            _bind(self, number)
+            return self
 
     def __repr__(self) -> str:
         return f"<{type(self).__qualname__} {self._number:#x}>"
