@@ -246,6 +246,11 @@ def test_collections():
         items[4]
     with pytest.raises(IndexError):
         items[-1]
+    for position in (2**31, 2**40, -(2**40), 10**5000):
+        with pytest.raises(IndexError):
+            items[position]
+    with pytest.raises(OverflowError):
+        items.Item(2**40)
     with pytest.raises(KeyError, match="'D'"):
         items["D"]
     with pytest.raises(TypeError, match=r"takes no slices; write list\(...\)\[first:last\]"):
@@ -278,6 +283,10 @@ def test_collections_by_the_ids_of_the_store(in_store):
         assert number + 1 not in lists
         with pytest.raises(KeyError, match=str(number + 1)):
             lists[number + 1]
+        with pytest.raises(KeyError, match=str(2**40)):
+            lists[2**40]
+        with pytest.raises(KeyError, match=str(2**40)):
+            qm_ordering.OrderHistory()[2**40]
         with pytest.raises(QMFailure) as raised:
             lists.Item(number + 1)
         assert raised.value.number == 5

@@ -233,6 +233,11 @@ class Collection(Object):
             if failure.number not in (_ABSENT_KEY, _OUT_OF_BOUNDS):
                 raise
             raise absent(key) from None
+        except OverflowError:
+            # Else it is that of a callback.
+            if not _values.is_beyond_integers(key):
+                raise
+            raise absent(key) from None
         if member is None:
             raise absent(key)
         return member

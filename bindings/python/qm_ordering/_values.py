@@ -24,6 +24,21 @@ def _wrong_type(given: object, wanted: str) -> TypeError:
     return TypeError(f"takes {wanted}, not {type(given).__name__}")
 
 
+def _not_in_range(wanted: str, given: int | Decimal) -> OverflowError:
+    # Python refuses to write an int of thousands of digits.
+    written = "" if isinstance(given, int) and given.bit_length() > 64 else f", which {given} is not"
+    return OverflowError(f"takes {wanted}{written}")
+
+
+def _is_integer(number: int) -> bool:
+    return -(2**31) <= number < 2**31
+
+
+def is_beyond_integers(given: Any) -> bool:
+    """Whether this is an int, or as good as one, that the library's integers cannot hold."""
+    return hasattr(given, "__index__") and not _is_integer(operator.index(given))
+
+
 def fill_boolean(value: Value, given: object) -> None:
     if not isinstance(given, bool):
         raise _wrong_type(given, "a bool")
@@ -39,8 +54,8 @@ def fill_integer(value: Value, given: Any) -> None:
         number = operator.index(given)
     except TypeError:
         raise _wrong_type(given, "an int") from None
-    if not -(2**31) <= number < 2**31:
-        raise OverflowError(f"takes an int of 32 bits, which {number} is not")
+    if not _is_integer(number):
+        raise _not_in_range("an int of 32 bits", number)
     value.kind = INTEGER
     value.integer = number
 
@@ -50,7 +65,7 @@ def fill_double(value: Value, given: float) -> None:
     value.number = given
 
 
-def fill_currency(value: Value, given: object) -> None:
+def fill_currency(value: Value, given: Any) -> None:
     if isinstance(given, bool) or not isinstance(given, (Decimal, int)):
         hint = "; a float is not exact, write Decimal('12.50')" if isinstance(given, float) else ""
         raise TypeError(f"takes a decimal.Decimal or an int for money, not {type(given).__name__}{hint}")
@@ -66,7 +81,7 @@ def fill_currency(value: Value, given: object) -> None:
         except InvalidOperation:
             scaled = 2**63
     if not -(2**63) <= scaled < 2**63:
-        raise OverflowError(f"takes money from -922337203685477.5808 to 922337203685477.5807, which {given} is not")
+        raise _not_in_range("money from -922337203685477.5808 to 922337203685477.5807", given)
     value.kind = CURRENCY
     value.currency = scaled
 
@@ -76,6 +91,8 @@ def fill_date(value: Value, given: object) -> None:
         given = ZERO_DATE
     if not isinstance(given, datetime.date):
         raise _wrong_type(given, "a datetime.datetime, a datetime.date or None")
+    if given.year < 100:
+        raise ValueError(f"takes a date from the year 100 on, which {given} is not")
     value.kind = DATE
     parts = value.date
     parts.year, parts.month, parts.day = given.year, given.month, given.day
