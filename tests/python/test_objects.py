@@ -3,14 +3,16 @@ import gc
 import inspect
 import pickle
 import pydoc
+import sys
 import weakref
+from ctypes import byref
 
 import pytest
 
 import qm_ordering
 from conftest import make_item, on_a_thread
 from qm_ordering import CurrentOrder, OrderDetails, OrderItem, OrderItems, QMFailure
-from qm_ordering import _classes, _library
+from qm_ordering import _classes, _library, _objects, _values
 
 CLASSES = {class_.name: class_ for class_ in _classes.describe()}
 
@@ -180,6 +182,58 @@ def test_an_object_ends_with_its_last_reference():
     del item
     assert gone() is None
     assert _library.class_name(number, _library.c_char_p()) == 91
+
+
+def test_an_object_answered_anew_while_what_was_dropped_is_forgotten_stays_known(monkeypatch):
+    monkeypatch.setattr(_objects, "_sweep_at", _objects._sweep_at)
+    items = OrderItems()
+    items.Add(OrderItem(), "A")
+
+    def answered_at(instruction):
+        """Has the library answer an object and Python drop it, and takes the answer at that instruction of the sweep,
+        as another thread may. Answers whether there is such an instruction."""
+        item = items["A"]
+        key = _library.Value()
+        _values.fill_integer(key, 1)
+        value = _library.Value()
+        assert _library.call(items._number, b"Item", byref(key), 1, byref(value)) == 0
+        number = item._number
+        assert value.object == number
+        del item
+        assert _objects.living(number) is None
+        left = instruction
+        again = None
+
+        def trace(frame, event, argument):
+            nonlocal left, again
+            if frame.f_code is not _objects._bind.__code__:
+                return None
+            frame.f_trace_opcodes = True
+            if event == "opcode" and left >= 0:
+                left -= 1
+                if left < 0:
+                    again = _objects.object_of(number)
+            return trace
+
+        _objects._sweep_at = 0
+        before = sys.gettrace()
+        sys.settrace(trace)
+        try:
+            OrderItem()
+        finally:
+            sys.settrace(before)
+        if again is None:
+            _library.release(number)
+            return False
+        is_known = _objects.living(number) is again
+        again = None
+        assert is_known
+        return True
+
+    instructions = 0
+    while answered_at(instructions):
+        instructions += 1
+    assert instructions > 30
 
 
 def test_a_cycle_of_references_is_collected():

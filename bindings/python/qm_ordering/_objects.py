@@ -3,6 +3,7 @@
 import weakref
 from ctypes import byref, c_char_p, c_uint64
 from typing import TYPE_CHECKING, Any, Iterator
+from weakref import _remove_dead_weakref  # type: ignore[attr-defined]
 
 from . import _library, _values
 from ._failure import QMFailure, raise_failure, raised, run
@@ -36,9 +37,11 @@ def _bind(self: "Object", number: int) -> None:
     reference._as_parameter_ = number
     _references[number] = reference
     if len(_references) > _sweep_at:
-        for dead, reference in list(_references.items()):
-            if reference() is None and _references.get(dead) is reference:
-                del _references[dead]
+        for known in list(_references):
+            # Looks and removes in one step, as weakref's own dictionaries do. Between two, another thread, a finalizer
+            # or the handler of a signal might bind the number anew; a lock would not keep out the latter two, which run
+            # on the thread that holds it.
+            _remove_dead_weakref(_references, known)
         _sweep_at = 2 * len(_references) + 1000
 
 
