@@ -250,6 +250,54 @@ def test_a_cycle_of_references_is_collected():
     assert _library.class_name(number, _library.c_char_p()) == 91
 
 
+class Finalized(OrderItem):
+    """Notes what its finalizer finds."""
+
+    found = []
+
+    def __del__(self):
+        attempts = [
+            lambda: self.Description,
+            lambda: setattr(self, "Quantity", 7),
+            lambda: "to the end" in self.GetXML(),
+            lambda: OrderItems().Add(self, "A"),
+        ]
+        for attempt in attempts:
+            try:
+                self.found.append(attempt())
+            except QMFailure as failure:
+                self.found.append(failure.number)
+        self.found.append(self)
+
+
+def finalized(monkeypatch):
+    monkeypatch.setattr(Finalized, "found", [])
+    item = Finalized()
+    item.Description = "to the end"
+    return item
+
+
+def test_a_finalizer_may_use_its_object(monkeypatch):
+    item = finalized(monkeypatch)
+    del item
+    description, *others, item = Finalized.found
+    assert (description, others) == ("to the end", [None, True, None])
+    # The finalizer has kept it.
+    assert item.Quantity == 7
+
+
+def test_a_finalizer_finds_what_was_in_a_cycle_released(monkeypatch):
+    item = finalized(monkeypatch)
+    item.itself = item
+    del item
+    gc.collect()
+    *failures, item = Finalized.found
+    assert failures == [91, 91, 91, 91]
+    with pytest.raises(QMFailure) as raised:
+        item.Quantity
+    assert raised.value.number == 91
+
+
 def test_an_importer_and_its_callback_are_collected():
     importer = qm_ordering.OrderHistoryImporter()
     importer.OnProgress(lambda *done: importer.LogHeader)

@@ -130,6 +130,10 @@ class Object:
     members raise QMFailure -2147417842. It ends when the last reference to it goes, in Python and in the library. One
     object of the library is one object in Python as long as Python holds it. There are no copies, and none can be
     pickled.
+
+    What a derived class has to do at the end belongs in a method or a context manager, not in __del__: of objects that
+    refer to each other in a cycle Python releases those of the library before it calls any __del__, in which their
+    members then raise QMFailure 91.
     """
 
     __slots__ = ("_number", "__weakref__")
