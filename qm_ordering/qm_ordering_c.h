@@ -239,8 +239,9 @@ typedef int32_t (*qm_ordering_trace)(const char* data, size_t length, qm_orderin
                                      void* payload);
 // Shows this thread's statements from now on, each as the library built it; NULL ends it. The texts hold
 // customers' data. The trace may use the library, but not the object whose statement it shows, which fails
-// with 5 in the middle of its work on the store. The payload must be there until another one is set, or the
-// thread has ended.
+// with 5 in the middle of its work on the store; and what another object writes waits in vain, and fails
+// after five seconds, where the statement belongs to a transaction. The payload must be there until another
+// one is set, or the thread has ended.
 QM_ORDERING_C_API int32_t qm_ordering_set_statement_trace(qm_ordering_trace trace, void* payload);
 
 // How far an import is: purchase orders begun, lines done, lines that there are. Answers 0 and leaves *go_on

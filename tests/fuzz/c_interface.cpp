@@ -515,6 +515,7 @@ class Session {
         arguments.push_back(AnyValue("Variant"));
       }
     }
+    m_lInUse = object;
     const bool bPut = vvMember.empty() ? Below(3) == 0
                                        : vvMember[0].kind == QM_ORDERING_PROPERTY_LET ||
                                              vvMember[0].kind == QM_ORDERING_PROPERTY_SET;
@@ -599,20 +600,16 @@ class Session {
     Call(qm_ordering_set_statement_trace, Below(4) == 0 ? nullptr : Trace, static_cast<void*>(&m_oHost));
   }
 
-  // Objects in the middle of a call among others.
+  // The object whose statement is shown: another one would wait for seconds, and in vain, where the statement
+  // belongs to a transaction.
   void UseWithinTrace() {
     constexpr std::array<const char*, 8> kMembers = {"LoadSummary", "LoadItems",   "ItemCount",
                                                      "ClearItems",  "SaveSummary", "SaveToHistory",
                                                      "GetXML",      "LoadLists"};
-    if (m_oObjects.empty()) {
-      return;
-    }
     qm_ordering_value argument{};
     argument.kind = QM_ORDERING_INTEGER;
     qm_ordering_value answer{};
-    Call(qm_ordering_call,
-         std::next(m_oObjects.begin(), static_cast<std::ptrdiff_t>(Below(m_oObjects.size())))->Object,
-         Pick(kMembers), &argument, Below(2), &answer);
+    Call(qm_ordering_call, m_lInUse, Pick(kMembers), &argument, Below(2), &answer);
     Call(qm_ordering_clear, &answer);
   }
 
@@ -702,6 +699,7 @@ class Session {
   const qm_ordering_class* const* m_pClasses = nullptr;
   std::size_t m_lClasses = 0;
   std::list<Held> m_oObjects;
+  qm_ordering_object m_lInUse = 0;  // of the last use of a member
   std::vector<qm_ordering_object> m_oReleased;
   std::list<std::vector<char>> m_oTexts;
 };
