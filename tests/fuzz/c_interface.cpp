@@ -251,6 +251,7 @@ class Session {
   std::size_t Below(std::size_t lvEnd) { return m_oBytes.ConsumeIntegralInRange<std::size_t>(0, lvEnd - 1); }
 
   void Step() {
+    m_lInUse = 0;
     switch (Below(32)) {
       case 0:
       case 1:
@@ -699,7 +700,7 @@ class Session {
   const qm_ordering_class* const* m_pClasses = nullptr;
   std::size_t m_lClasses = 0;
   std::list<Held> m_oObjects;
-  qm_ordering_object m_lInUse = 0;  // of the last use of a member
+  qm_ordering_object m_lInUse = 0;  // while a member is used
   std::vector<qm_ordering_object> m_oReleased;
   std::list<std::vector<char>> m_oTexts;
 };
